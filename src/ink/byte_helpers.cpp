@@ -1,0 +1,1 @@
+#include "ink/byte_helpers.h"

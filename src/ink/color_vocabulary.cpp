@@ -1,0 +1,1 @@
+#include "ink/color_vocabulary.h"

@@ -1,0 +1,1 @@
+#include "ink/ink_quantities.h"

@@ -1,0 +1,320 @@
+#include "support/property_list.h"
+
+#include <fcntl.h>
+#include <plist/plist.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
+#include <memory>
+
+#include "support/file_replace.h"
+#include "support/text.h"
+#include "support/unique_fd.h"
+
+namespace tintoral {
+namespace {
+
+constexpr int kMaximumDepth = 64;
+constexpr off_t kMaximumFileSize = 64 << 20;
+constexpr Date kLibraryEpoch = std::chrono::sys_days{std::chrono::year{2001} / 1 / 1};
+
+struct PlistDeleter {
+    void operator()(void* node) const { plist_free(node); }
+};
+struct MallocDeleter {
+    void operator()(void* memory) const { std::free(memory); }
+};
+using PlistPtr = std::unique_ptr<void, PlistDeleter>;
+template <typename T>
+using MallocPtr = std::unique_ptr<T, MallocDeleter>;
+
+bool keyLess(const Dictionary::Entry& a, const Dictionary::Entry& b) { return a.first < b.first; }
+
+// From the library's nodes. Every function yields nothing where the nesting is too deep.
+std::optional<Value> fromNode(plist_t node, int depth);
+
+Value textFromNode(plist_t node) {
+    std::uint64_t length = 0;
+    const char* text = plist_get_string_ptr(node, &length);
+    return text ? Value(std::string_view(text, length)) : Value();
+}
+
+Value integerFromNode(plist_t node) {
+    std::uint64_t number = 0;  // the library hands out negative numbers in two's complement
+    plist_get_uint_val(node, &number);
+    return static_cast<std::int64_t>(number);
+}
+
+Value realFromNode(plist_t node) {
+    double number = 0;
+    plist_get_real_val(node, &number);
+    return number;
+}
+
+Value flagFromNode(plist_t node) {
+    std::uint8_t flag = 0;
+    plist_get_bool_val(node, &flag);
+    return flag != 0;
+}
+
+Value dateFromNode(plist_t node) {
+    std::int32_t seconds = 0;
+    std::int32_t microseconds = 0;
+    plist_get_date_val(node, &seconds, &microseconds);
+    return kLibraryEpoch + std::chrono::seconds(seconds);
+}
+
+Value dataFromNode(plist_t node) {
+    std::uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return Data(bytes, bytes + (bytes ? length : 0));
+}
+
+std::optional<Value> arrayFromNode(plist_t node, int depth) {
+    Array array;
+    plist_array_iter rawIterator = nullptr;
+    plist_array_new_iter(node, &rawIterator);
+    const MallocPtr<void> iterator(rawIterator);
+    for (;;) {
+        plist_t item = nullptr;
+        plist_array_next_item(node, iterator.get(), &item);
+        if (!item) return array;
+        auto value = fromNode(item, depth);
+        if (!value) return std::nullopt;
+        array.push_back(*std::move(value));
+    }
+}
+
+std::optional<Value> dictionaryFromNode(plist_t node, int depth) {
+    std::vector<Dictionary::Entry> entries;
+    plist_dict_iter rawIterator = nullptr;
+    plist_dict_new_iter(node, &rawIterator);
+    const MallocPtr<void> iterator(rawIterator);
+    for (;;) {
+        char* rawKey = nullptr;
+        plist_t item = nullptr;
+        plist_dict_next_item(node, iterator.get(), &rawKey, &item);
+        const MallocPtr<char> key(rawKey);
+        if (!item) return Dictionary(std::move(entries));
+        auto value = fromNode(item, depth);
+        if (!value) return std::nullopt;
+        entries.emplace_back(key ? key.get() : "", *std::move(value));
+    }
+}
+
+std::optional<Value> fromNode(plist_t node, int depth) {
+    if (depth > kMaximumDepth) return std::nullopt;
+    switch (plist_get_node_type(node)) {
+        case PLIST_STRING: return textFromNode(node);
+        case PLIST_UINT: return integerFromNode(node);
+        case PLIST_REAL: return realFromNode(node);
+        case PLIST_BOOLEAN: return flagFromNode(node);
+        case PLIST_DATE: return dateFromNode(node);
+        case PLIST_DATA: return dataFromNode(node);
+        case PLIST_ARRAY: return arrayFromNode(node, depth + 1);
+        case PLIST_DICT: return dictionaryFromNode(node, depth + 1);
+        default: return Value();
+    }
+}
+
+// Line breaks and tabs are allowed in XML; anything else that cleanText() would drop is not worth keeping.
+std::string fitForXml(const std::string& text) {
+    std::string oneLine = text;
+    std::erase_if(oneLine, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
+    return cleanText(oneLine) == oneLine ? text : cleanText(text);
+}
+
+struct NodeBuilder {
+    plist_t operator()(const std::string& text) const { return plist_new_string(fitForXml(text).c_str()); }
+#ifdef TINTORAL_PLIST_HAS_SIGNED_INTEGERS
+    plist_t operator()(std::int64_t number) const { return plist_new_int(number); }
+#else
+    plist_t operator()(std::int64_t number) const { return plist_new_uint(static_cast<std::uint64_t>(number)); }
+#endif
+    plist_t operator()(double number) const { return plist_new_real(number); }
+    plist_t operator()(bool flag) const { return plist_new_bool(flag ? 1 : 0); }
+    plist_t operator()(Date date) const {
+        using Limits = std::numeric_limits<std::int32_t>;
+        const std::int64_t seconds = (date - kLibraryEpoch).count();
+        return plist_new_date(
+            static_cast<std::int32_t>(std::clamp<std::int64_t>(seconds, Limits::min(), Limits::max())), 0);
+    }
+    plist_t operator()(const Data& data) const {
+        return plist_new_data(reinterpret_cast<const char*>(data.data()), data.size());
+    }
+    plist_t operator()(const Array& array) const {
+        plist_t node = plist_new_array();
+        for (const Value& item : array) plist_array_append_item(node, std::visit(*this, item.storage()));
+        return node;
+    }
+    plist_t operator()(const Dictionary& dictionary) const {
+        plist_t node = plist_new_dict();
+        for (const auto& [key, value] : dictionary) {
+            plist_dict_set_item(node, fitForXml(key).c_str(), std::visit(*this, value.storage()));
+        }
+        return node;
+    }
+};
+
+PropertyListFile failure(FileState state, const std::filesystem::path& path, std::string_view why) {
+    return {state, {}, path.string() + ": " + std::string(why)};
+}
+
+PropertyListFile systemFailure(const std::filesystem::path& path) {
+    const std::error_code error(errno, std::generic_category());
+    return failure(FileState::Unreadable, path, error.message());
+}
+
+// The whole content of a regular file of known size; nothing on a read error.
+std::optional<std::string> readAll(int fd, std::size_t size) {
+    std::string content(size, '\0');
+    std::size_t filled = 0;
+    while (filled < size) {
+        const ssize_t count = ::read(fd, content.data() + filled, size - filled);
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) return std::nullopt;
+        if (count == 0) break;
+        filled += static_cast<std::size_t>(count);
+    }
+    content.resize(filled);
+    return content;
+}
+
+}  // namespace
+
+Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::vector<Entry>(entries)) {}
+
+Dictionary::Dictionary(std::vector<Entry> entries) : entries_(std::move(entries)) {
+    std::ranges::reverse(entries_);  // so that the last of equal keys is the one that stays
+    std::ranges::stable_sort(entries_, keyLess);
+    const auto repeated =
+        std::ranges::unique(entries_, [](const Entry& a, const Entry& b) { return a.first == b.first; });
+    entries_.erase(repeated.begin(), repeated.end());
+}
+
+std::vector<Dictionary::Entry>::const_iterator Dictionary::position(std::string_view key) const {
+    return std::ranges::lower_bound(entries_, key, std::less<>(), &Entry::first);
+}
+
+const Value* Dictionary::find(std::string_view key) const {
+    const auto at = position(key);
+    return at != entries_.end() && at->first == key ? &at->second : nullptr;
+}
+
+Value* Dictionary::find(std::string_view key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
+
+std::string Dictionary::text(std::string_view key) const {
+    const Value* value = find(key);
+    const auto* text = value ? value->as<std::string>() : nullptr;
+    return text ? *text : std::string();
+}
+
+std::optional<std::int64_t> Dictionary::integer(std::string_view key) const {
+    const Value* value = find(key);
+    const auto* number = value ? value->as<std::int64_t>() : nullptr;
+    return number ? std::optional(*number) : std::nullopt;
+}
+
+std::optional<Date> Dictionary::date(std::string_view key) const {
+    const Value* value = find(key);
+    const auto* date = value ? value->as<Date>() : nullptr;
+    return date ? std::optional(*date) : std::nullopt;
+}
+
+const Array* Dictionary::array(std::string_view key) const {
+    const Value* value = find(key);
+    return value ? value->as<Array>() : nullptr;
+}
+
+const Dictionary* Dictionary::dictionary(std::string_view key) const {
+    const Value* value = find(key);
+    return value ? value->as<Dictionary>() : nullptr;
+}
+
+std::optional<std::vector<std::string>> Dictionary::texts(std::string_view key) const {
+    const Array* items = array(key);
+    if (!items) return std::nullopt;
+    std::vector<std::string> texts;
+    for (const Value& item : *items) {
+        const auto* text = item.as<std::string>();
+        texts.push_back(text ? *text : std::string());
+    }
+    return texts;
+}
+
+void Dictionary::set(std::string_view key, Value value) {
+    if (Value* existing = find(key)) {
+        *existing = std::move(value);
+    } else {
+        entries_.emplace(position(key), std::string(key), std::move(value));
+    }
+}
+
+void Dictionary::remove(std::string_view key) {
+    const auto at = position(key);
+    if (at != entries_.end() && at->first == key) entries_.erase(at);
+}
+
+std::size_t Dictionary::size() const { return entries_.size(); }
+std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const { return entries_.begin(); }
+std::vector<Dictionary::Entry>::const_iterator Dictionary::end() const { return entries_.end(); }
+
+bool operator==(const Dictionary& a, const Dictionary& b) { return a.entries_ == b.entries_; }
+
+Value::Value(const std::vector<std::string>& texts) : storage_(Array(texts.begin(), texts.end())) {}
+
+std::optional<Value> parsePropertyList(std::string_view xml) {
+    plist_t root = nullptr;
+    plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
+    const PlistPtr owner(root);
+    return root ? fromNode(root, 0) : std::nullopt;
+}
+
+std::string formatPropertyList(const Value& root) {
+    const PlistPtr node(std::visit(NodeBuilder(), root.storage()));
+    char* rawXml = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node.get(), &rawXml, &length);
+    const MallocPtr<char> xml(rawXml);
+    return xml ? std::string(xml.get(), length) : std::string();
+}
+
+PropertyListFile readPropertyListFile(const std::filesystem::path& path) {
+    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
+    if (!fd.valid()) return errno == ENOENT ? PropertyListFile{} : systemFailure(path);
+    struct stat info {};
+    if (::fstat(fd.get(), &info) != 0) return systemFailure(path);
+    if (!S_ISREG(info.st_mode)) return failure(FileState::Unreadable, path, "not a file");
+    if (info.st_size > kMaximumFileSize) return failure(FileState::Damaged, path, "too large");
+    const auto content = readAll(fd.get(), static_cast<std::size_t>(info.st_size));
+    if (!content) return systemFailure(path);
+    auto root = parsePropertyList(*content);
+    if (!root) return failure(FileState::Damaged, path, "not a property list");
+    return {FileState::Loaded, *std::move(root), {}};
+}
+
+std::error_code writePropertyListFile(const std::filesystem::path& path, const Value& root,
+                                      const std::filesystem::path& temporaryFolder) {
+    const std::string xml = formatPropertyList(root);
+    if (xml.empty()) return std::make_error_code(std::errc::not_enough_memory);
+    return replaceFile(path, xml, temporaryFolder);
+}
+
+std::filesystem::path keepAside(const std::filesystem::path& path) {
+    constexpr int kAttempts = 1000;
+    std::filesystem::path aside = path;
+    aside += ".damaged";
+    std::error_code error;
+    for (int n = 2; std::filesystem::exists(aside, error) && n < kAttempts; ++n) {
+        aside = path;
+        aside += ".damaged-" + std::to_string(n);
+    }
+    std::filesystem::rename(path, aside, error);
+    return error ? std::filesystem::path() : aside;
+}
+
+}  // namespace tintoral

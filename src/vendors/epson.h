@@ -1,0 +1,72 @@
+// Epson's remote-mode status language: the commands as bytes, and the three forms of reply. Pure: nothing here opens
+// a connection (see epson_exchange.h).
+//
+//   variant   command type   status request                         reply
+//   0         "RC0"          ink quantity ("IQ")                    "@BDC ST\r..." text
+//   1         "RC1"          reply interval on, status 01           "@BDC ST2\r\n..." binary or text
+//   2         any other      reply interval on, status 11           "@BDC ST2\r\n..." binary or text
+//
+// Laser printers answer "@EJL STATUS CODE=" followed by hex text.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <string_view>
+
+#include "ink/ink_quantities.h"
+#include "support/byte_reader.h"
+#include "support/fixed_text.h"
+
+namespace tintoral {
+
+// 0 for "RC0", 1 for "RC1", 2 for anything else.
+int epsonVariant(std::string_view commandType);
+
+// Maintenance options, as the menus number them.
+inline constexpr int kOptionCleaning = 1;
+inline constexpr int kOptionNozzleCheck = 2;
+inline constexpr int kOptionCleaningAndTestPrint = 3;
+
+// The status request of a variant: 58 bytes for variant 0, 65 for 1 and 2. All builders write to a buffer that the
+// caller owns (128 bytes suffice) and return the bytes built, 0 when the buffer is too small.
+std::size_t mkEpsonStatusInquire(MutableBytes buffer, int variant);
+
+// What leaves remote mode again: 6, 12 or 18 bytes for variant 0, 1, 2 or more.
+std::size_t mkEpsonExitCmd(MutableBytes buffer, int variant);
+
+// A cleaning (68 bytes) or nozzle-check (120 bytes) job; 0 for another option. Clears the first 32 bytes first.
+std::size_t mkEpsonNozzleOption(MutableBytes buffer, std::string_view model, int option);
+
+// The same as a 5-byte packet for the D4 control channel; 0 for another option. Clears the first 32 bytes first.
+std::size_t mkEpsonD4NozzleOption(MutableBytes buffer, int ignored, int option);
+
+// The 5-byte packet that ends a D4 session.
+std::size_t mkEpsonD4ExitCmd(MutableBytes buffer);
+
+// The binary reply "@BDC ST2\r\n": status text and ink levels. Result: the number of inks; 0 when the reply does not
+// begin as a status reply (the status text is then left alone), lacks the marker or holds no ink field.
+int parseST2(Bytes reply, BoundedText& status, InkQuantities& record);
+
+// The text reply "@BDC ST\r". A count that the record already holds is kept. Texts that the reply does not mention
+// are left alone. Result: the number of inks of this reply, 0 without "IQ:".
+int parseBDCST(Bytes reply, BoundedText& status, BoundedText& error, InkQuantities& record, BoundedText& warning,
+               BoundedText& revision);
+
+// The panel-status reply "@BDC PS\r": its status byte ("SM:" before "ST:"), 0 when there is none.
+std::uint8_t parseBDCPS(Bytes reply);
+
+// The laser reply "@EJL STATUS CODE=". Clears status, record and `extra` first; `extra` receives the format's
+// 32-bit word unchanged. Result: the number of supplies, 0 for an unknown format or a reply without the marker.
+int parseEJLStatusCode(Bytes reply, BoundedText& status, InkQuantities& record, std::uint32_t& extra);
+
+// The status words of field 01 of "@BDC ST2"; "Unknown" for another value.
+void biStatusValueToString(std::uint8_t value, BoundedText& text);
+
+// The laser status words; "Unknown status" for another code. Result: the length of the text.
+std::size_t statusCodeToString(int code, BoundedText& text);
+
+// Gives the reply to the parser whose marker it holds: "@BDC ST2", "@EJL STATUS CODE" or "@BDC ST\r". Result: the
+// parser's, or `whenUnknown`.
+int parseEpsonReply(Bytes reply, BoundedText& status, InkQuantities& record, int whenUnknown);
+
+}  // namespace tintoral

@@ -1,0 +1,10 @@
+#include "support/test_clock.h"
+
+namespace tintoral::test {
+
+void TestClock::pause(std::chrono::milliseconds duration) {
+    pauses_.push_back(duration);
+    advance(duration);
+}
+
+}  // namespace tintoral::test
