@@ -20,7 +20,8 @@
 namespace tintoral {
 
 // A TCP connection to an IPv4 host, or an invalid descriptor after "TcpOpen:..." on standard error: the name does not
-// resolve, the host refuses (at once), or it does not answer within 2 s. The descriptor is blocking.
+// resolve, the host refuses (at once), or it does not answer within 2 s. The descriptor is blocking, but a send that
+// makes no progress for 2 s fails.
 UniqueFd TcpOpenConnection(const std::string& host, std::uint16_t port);
 
 // A TCP connection over IPv6, trying each address of the name in turn; invalid when none connects. Each attempt is
@@ -53,6 +54,17 @@ std::uint32_t Getmtime();
 // status 1 when no socket can be made ("Client:socket").
 int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply);
 
+// What udpExchange() does when a datagram cannot be sent: wait as if it had been, or return -1 at once.
+enum class OnSendFailure { KeepTrying, GiveUp };
+
+// A datagram socket (closed by its owner), or an invalid one after "Client:socket" on standard error.
+UniqueFd openUdpSocket();
+
+// The exchange itself: up to two times, sends the request to port 161 of `host` ("Client: sendto" on standard error
+// when that fails), clears `reply` and waits 100 ms. Result: the bytes of the reply (a longer datagram is cut to the
+// buffer), 0 after two silent attempts, -1 when a send failed and `onSendFailure` is GiveUp.
+int udpExchange(int socket, const std::string& host, Bytes request, MutableBytes reply, OnSendFailure onSendFailure);
+
 // A URL's parts.
 struct UrlParts {
     std::string host;
@@ -61,7 +73,7 @@ struct UrlParts {
 };
 
 // Splits the first 1024 characters of `url`. `port` is set to 631 for "ipp...", else 80, and then to the port that
-// the URL names; `host` is left alone when the URL names none. Result: 1, or 0 when there is no "//" (host and
+// the URL names (0 for one that is no port number); `host` is left alone when the URL names none. Result: 1, or 0 when there is no "//" (host and
 // location are left alone then).
 int Url2host_port_location(std::string_view url, UrlParts& parts);
 
