@@ -31,14 +31,13 @@ MarkerLine::MarkerLine() {
 }
 
 bool MarkerLine::add(std::string_view colorName, int level) {
-    const std::string_view separator = empty_ ? "" : ",";
     std::array<std::string, 4> parts;
-    parts[kColors] = hexColorCodeByColorName(colorName);
-    parts[kLevels] = std::to_string(level);
-    parts[kNames] = quotedName(colorName);
-    parts[kTypes] = "ink";
+    if (!empty_) parts.fill(",");
+    parts[kColors] += hexColorCodeByColorName(colorName);
+    parts[kLevels] += std::to_string(level);
+    parts[kNames] += quotedName(colorName);
+    parts[kTypes] += "ink";
     for (std::size_t i = 0; i < parts.size(); ++i) {
-        parts[i].insert(0, separator);
         if (parts[i].size() > attributes_[i].capacity() - attributes_[i].size()) return false;
     }
     for (std::size_t i = 0; i < parts.size(); ++i) attributes_[i].append(parts[i]);

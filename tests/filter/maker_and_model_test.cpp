@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <string>
-
 namespace tintoral {
 namespace {
 
@@ -43,14 +41,6 @@ TEST(IdentifyMakerAndModelName, SplitsNames) {
         EXPECT_EQ(maker.view(), row.maker) << row.name;
         EXPECT_EQ(model.view(), row.model) << row.name;
     }
-}
-
-TEST(IdentifyMakerAndModelName, CutsToTheCallersTexts) {
-    FixedText<3> maker;
-    FixedText<8> model;
-    identifyMakerAndModelName("Epson " + std::string(100000, 'x'), maker, model);
-    EXPECT_EQ(maker.view(), "EP");
-    EXPECT_EQ(model.view(), "xxxxxxx");
 }
 
 }  // namespace

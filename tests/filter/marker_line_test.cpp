@@ -18,22 +18,12 @@ std::string written(const MarkerLine& line) {
     return text;
 }
 
-TEST(MarkerLine, PairsColorsLevelsNamesAndTypes) {
-    MarkerLine line;
-    EXPECT_TRUE(line.add("Black", 40));
-    EXPECT_TRUE(line.add("CMY Color", 75));
-    EXPECT_TRUE(line.add("Light Cyan", -3));
-    EXPECT_EQ(written(line),
-              "ATTR: marker-colors=#000000,#0000FF,#99FFFF marker-levels=40,75,-3 "
-              "marker-names=\"Black\",\"CMY Color\",\"Light Cyan\" marker-types=ink,ink,ink\n");
-}
-
 TEST(MarkerLine, NamesCannotBreakTheLine) {
     MarkerLine line;
-    line.add("Bl\"ack\nERROR: x\\", 1);
+    line.add("Bl\"ack\nERROR: x\\", -3);
     line.add("d'Or, mat\xE9\r\t\x1B[2J", 2);
     EXPECT_EQ(written(line),
-              "ATTR: marker-colors=#0000FF,#0000FF marker-levels=1,2 "
+              "ATTR: marker-colors=#0000FF,#0000FF marker-levels=-3,2 "
               "marker-names=\"BlackERROR: x\",\"dOr mat\xC3\xA9[2J\" marker-types=ink,ink\n");
 }
 
