@@ -19,6 +19,11 @@ namespace tintoral {
 // when it could not be reached.
 int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status);
 
+// Asks an Epson printer that a base station announces as an LPD queue: remote mode on port 9100 of
+// "ipAdrs", in the variants RC, RC1, RC0, with the same memory in "commandType". Results as above.
+int port9100GetEpsonRemoteInkStatus(PrinterRecord& printer, InkQuantities& record,
+                                    BoundedText& status);
+
 // Sends a maintenance job (an option of vendors/epson.h) to an Epson or Canon printer; other makers
 // and inactive records get nothing.
 void port9100NozzleOptions(const PrinterRecord& printer, int option);
