@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "support/file_read.h"
 #include "support/file_replace.h"
 #include "support/folders.h"
 #include "support/hardships.h"
@@ -75,15 +74,6 @@ TEST(ReadPropertyListFile, TellsAbsentUnreadableAndDamagedApart) {
     const PropertyListFile file = readPropertyListFile(folder / "text");
     EXPECT_EQ(file.state, FileState::Loaded);
     EXPECT_EQ(file.root, Value(Dictionary{{"k", -7}}));
-}
-
-TEST(ReadFileStart, StopsAtTheLimit) {
-    const test::TemporaryFolder folder;
-    writeFile(folder / "file", "0123456789");
-    std::error_code error;
-    EXPECT_EQ(readFileStart(folder / "file", 4, error), "0123");
-    EXPECT_EQ(readFileStart(folder / "file", 100, error), "0123456789");
-    EXPECT_FALSE(error);
 }
 
 TEST(KeepAside, NeverTakesANameThatIsInUse) {
