@@ -318,8 +318,8 @@ constexpr std::array kReplyParsers{
 }  // namespace
 
 int epsonVariant(std::string_view commandType) {
-    if (commandType == "RC0") return 0;
-    return commandType == "RC1" ? 1 : 2;
+    if (commandType == epson_commands::rc0) return 0;
+    return commandType == epson_commands::rc1 ? 1 : 2;
 }
 
 std::size_t mkEpsonStatusInquire(MutableBytes buffer, int variant) {
