@@ -52,9 +52,10 @@ before=$(readings)
 "$build/bin/tintoral" & program=$!
 wait_until 10 window || fail "no window"
 wait_until 20 grown || fail "stale levels were not updated at start"
+# The settings are written after the reading.
+wait_until 5 grep -q '<string>Idle</string>' "$defaults" || fail "the printer's status was not kept"
 "$build/bin/tintoral-demo-home" levels > /run/levels
 grep -A 1 -F "${id#Network:}" /run/levels | grep -q 'Black  .* %' || fail "no levels kept: $(cat /run/levels)"
-grep -q '<string>Idle</string>' "$defaults" || fail "the printer's status was not kept"
 quit_program
 grep -A 1 'VT1printerId' "$defaults" | grep -qF "$id" || fail "the selection was not kept"
 
