@@ -29,7 +29,10 @@ AddressRequest AddByAddressDialog::request() const {
             ui_->modelField->currentText().simplified().toStdString()};
 }
 
-PrinterRecordPtr AddByAddressDialog::printer() const { return makeAddressedRecord(request()); }
+PrinterRecordPtr AddByAddressDialog::printer() const {
+    const bool isTested = testedPrinter_ && testedRequest_ == request();
+    return isTested ? testedPrinter_ : makeAddressedRecord(request());
+}
 
 void AddByAddressDialog::connectionChanged() {
     ui_->portField->setEnabled(request().connection == Connection::RawPort);
@@ -48,7 +51,11 @@ void AddByAddressDialog::testButtonPressed() {
     if (request().makerAndModel.empty() && !request().host.empty()) {
         ui_->modelField->setCurrentText(QString::fromStdString(askPrinterName(request().host)));
     }
-    if (!sayProblem()) say(testAddress(request(), models_).words);
+    if (sayProblem()) return;
+    testedRequest_ = request();
+    const AddressAnswer answer = testAddress(testedRequest_, models_);
+    testedPrinter_ = answer.printer;
+    say(answer.words);
 }
 
 void AddByAddressDialog::accept() {

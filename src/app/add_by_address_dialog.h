@@ -21,7 +21,7 @@ class AddByAddressDialog : public QDialog {
     AddByAddressDialog(const ModelTable& models, QWidget* parent);
     ~AddByAddressDialog() override;
 
-    // The printer that the person asked for; good once the dialog was accepted.
+    // The printer that the person asked for, as the last test left it; good once the dialog was accepted.
     PrinterRecordPtr printer() const;
 
   public Q_SLOTS:
@@ -36,6 +36,8 @@ class AddByAddressDialog : public QDialog {
     bool sayProblem();
 
     const ModelTable& models_;
+    AddressRequest testedRequest_;
+    PrinterRecordPtr testedPrinter_;
     std::unique_ptr<Ui::AddByAddressDialog> ui_;
 };
 

@@ -5,6 +5,7 @@
 #include "netproto/printer_mib.h"
 #include "records/model_merge.h"
 #include "support/text.h"
+#include "vendors/epson.h"
 #include "vendors/maker_and_model.h"
 
 namespace tintoral {
@@ -110,6 +111,7 @@ PrinterRecordPtr makeAddressedRecord(const AddressRequest& request) {
     printer->set(keys::date, currentDate());
     printer->set(keys::active, kYes);
     printer->set(keys::addedByAddress, kYes);
+    if (maker == "EPSON") printer->set(keys::commandType, epson_commands::rc);
     return printer;
 }
 
@@ -123,7 +125,7 @@ AddressAnswer testAddress(const AddressRequest& request, const ModelTable& model
     const PrinterRecordPtr printer = makeAddressedRecord(request);
     updatePrinterDict(*printer, models);
     const UpdateOutcome outcome = updatePrinter(*printer);
-    return {outcome, answerInWords(request, *printer, outcome)};
+    return {outcome, answerInWords(request, *printer, outcome), printer};
 }
 
 }  // namespace tintoral
