@@ -1,0 +1,84 @@
+#include "transport/net/raw_port.h"
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "transport/net/sockets.h"
+#include "vendors/canon.h"
+#include "vendors/epson.h"
+#include "vendors/epson_chain.h"
+#include "vendors/epson_exchange.h"
+
+namespace tintoral {
+namespace {
+
+constexpr std::string_view kEpson = "EPSON";
+constexpr std::string_view kCanon = "Canon";
+
+constexpr int kUnreachable = -1;
+constexpr std::size_t kLongestAddress = 64;
+
+struct Target {
+    std::string host;
+    std::uint16_t port;
+};
+
+bool isInactive(const PrinterRecord& printer) {
+    return printer.text(keys::active) == kNo;
+}
+
+std::optional<Target> targetOf(const PrinterRecord& printer) {
+    const std::string host = printer.text(keys::ipAdrs).substr(0, kLongestAddress);
+    const auto port = printer.integer(keys::port).value_or(0);
+    if (host.empty() || port < 1 || port > 65535) return std::nullopt;
+    return Target{host, static_cast<std::uint16_t>(port)};
+}
+
+std::string_view firstEpsonCommand(const PrinterRecord& printer) {
+    const bool speaksD4 = printer.text(keys::usbCmd).find("D4") != std::string::npos;
+    return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
+}
+
+int epsonInkStatus(PrinterRecord& printer, const Target& target, InkQuantities& record,
+                   BoundedText& status) {
+    const auto remote = [&](std::string_view commandType) {
+        const auto inquire = [&, variant = epsonVariant(commandType)] {
+            return tcpEpsonRCInquiry(target.host, target.port, variant, status, record, nullptr);
+        };
+        return EpsonLink{commandType, inquire};
+    };
+    // No IEEE 1284.4 link over the network yet: that one is never reached.
+    const std::array links{EpsonLink{epson_commands::d4, {}}, remote(epson_commands::rc),
+                           remote(epson_commands::rc1), remote(epson_commands::rc0)};
+    return runEpsonChain(printer, firstEpsonCommand(printer), links);
+}
+
+std::size_t maintenanceCommand(const PrinterRecord& printer, int option, MutableBytes buffer) {
+    const std::string maker = printer.text(keys::makerName);
+    if (maker == kEpson) {
+        return mkEpsonNozzleOption(buffer, printer.text(keys::modelName), option);
+    }
+    return maker == kCanon ? mkCanonNozzleOption(buffer, option) : 0;
+}
+
+}  // namespace
+
+int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
+    if (isInactive(printer)) return 0;
+    const auto target = targetOf(printer);
+    if (!target) return kUnreachable;
+    const std::string maker = printer.text(keys::makerName);
+    return maker == kEpson ? epsonInkStatus(printer, *target, record, status) : kUnreachable;
+}
+
+void port9100NozzleOptions(const PrinterRecord& printer, int option) {
+    if (isInactive(printer)) return;
+    const auto target = targetOf(printer);
+    if (!target) return;
+    std::array<std::uint8_t, 256> command{};
+    const std::size_t size = maintenanceCommand(printer, option, command);
+    if (size > 0) tcpSend(target->host, target->port, Bytes(command).first(size));
+}
+
+}  // namespace tintoral
