@@ -23,6 +23,9 @@ class ByteWriter {
     ByteWriter& bytes(Bytes source);
     ByteWriter& text(std::string_view source) { return bytes(asBytes(source)); }
 
+    // For a message of which a part could not be built.
+    void fail() { failed_ = true; }
+
     std::size_t size() const { return size_; }
     Bytes written() const { return buffer_.first(size_); }
     bool failed() const { return failed_; }

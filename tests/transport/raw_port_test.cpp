@@ -5,8 +5,10 @@
 #include <numeric>
 #include <optional>
 
+#include "netproto/snmp.h"
 #include "support/tcp_peer.h"
 #include "support/test_clock.h"
+#include "support/udp_peer.h"
 #include "support/virtual_epson.h"
 #include "vendors/epson.h"
 #include "vendors/epson_exchange.h"
@@ -200,6 +202,18 @@ TEST(RawPort, OnlyVariantZeroWithoutD4) {
     EXPECT_EQ(printer.epson.commands(), "IQ ");
 }
 
+TEST(RawPort, LpdQueueOfABaseStationStartsAtRemoteModeOnTheUsualPort) {
+    const Printer printer(onlyVariant(2, EpsonReply::Binary));
+    PrinterRecord record = recordOf("EPSON");
+    record.set(keys::port, 515);
+    StatusText status;
+    InkQuantities ink;
+    test::TestClock clock;
+    const ScopedClock scope(clock);
+    EXPECT_EQ(port9100GetEpsonRemoteInkStatus(record, ink, status), 4);
+    EXPECT_EQ(record.text(keys::commandType), "RC");
+}
+
 TEST(RawPort, NeverContacted) {
     Printer printer;
     PrinterRecord record = recordOf("EPSON");
@@ -253,6 +267,77 @@ TEST(RawPort, MaintenanceJobs) {
     port9100NozzleOptions(recordOf("Canon"), kOptionCleaning);
     ASSERT_TRUE(printer.peer.waitForClients(3));
     EXPECT_EQ(printer.epson.heard().size(), 68U + 120 + 40);
+}
+
+// Answers the status request with "idle" and the supplies table with a row for each description,
+// half full; the row is the number after the column in the OIDs asked for.
+class SnmpPrinter {
+  public:
+    explicit SnmpPrinter(std::vector<std::string> supplies)
+        : supplies_(std::move(supplies)),
+          peer_("10.77.0.12", 161, [this](Bytes request) { return answer(request); }) {}
+
+  private:
+    std::optional<test::Datagram> answer(Bytes request) {
+        SnmpMessage message;
+        const int bindings = parseSnmpPacket(request, message);
+        message.pduType = snmp_pdus::getResponse;
+        if (bindings == 8) {
+            nextRow(message);
+        } else {
+            set(message.varBinds.at(0), "1.3.6.1.2.1.25.3.5.1.1.1", 3);
+            set(message.varBinds.at(1), "1.3.6.1.2.1.25.3.5.1.2.1", 0);
+        }
+        test::Datagram reply(1024);
+        reply.resize(mkSNMPSrcPacket(reply, message));
+        return reply;
+    }
+
+    void nextRow(SnmpMessage& message) {
+        const bool first = message.varBinds.at(0).oid.view() == "1.3.6.1.2.1.43.11.1.1.2";
+        row_ = first ? 0 : row_ + 1;
+        const bool past = row_ >= supplies_.size();
+        for (std::size_t i = 0; i < 8; ++i) {
+            const std::string column = std::to_string(i + (past ? 3 : 2));
+            const std::string row = ".1." + std::to_string(row_ + 1);
+            set(message.varBinds.at(i), "1.3.6.1.2.1.43.11.1.1." + column + row, i == 7 ? 50 : 100);
+        }
+        if (past) return;
+        message.varBinds.at(4).valueType = ber_tags::octetString;
+        message.varBinds.at(4).value.text.assign(supplies_[row_]);
+    }
+
+    static void set(SnmpVarBind& binding, const std::string& oid, int number) {
+        binding.oid.assign(oid);
+        binding.valueType = ber_tags::integer;
+        binding.valueLength = 4;
+        binding.value.number = number;
+    }
+
+    std::vector<std::string> supplies_;
+    std::size_t row_ = 0;
+    test::UdpPeer peer_;
+};
+
+TEST(RawPort, OtherMakersAreAskedOverThePrinterMib) {
+    const SnmpPrinter printer({"Black", "Cyan\x1B[31m\nink"});
+    PrinterRecord record = recordOf("Brother", "10.77.0.12");
+    const Query query(record);
+    EXPECT_EQ(query.result, 2);
+    EXPECT_EQ(query.levels(), (std::vector{50, 50}));
+    EXPECT_EQ(query.status.view(), "Idle");
+    // The last name only, as meant, and nothing in it that could steer a terminal.
+    EXPECT_EQ(record.texts(keys::colors), std::vector<std::string>{"Cyan[31mink"});
+    record.set(keys::colors, std::vector<std::string>{"Own"});
+    EXPECT_EQ(Query(record).result, 2);
+    EXPECT_EQ(record.texts(keys::colors), std::vector<std::string>{"Own"});
+}
+
+TEST(RawPort, NamelessSuppliesLeaveNoColors) {
+    const SnmpPrinter printer({"Black", ""});
+    PrinterRecord record = recordOf("Brother", "10.77.0.12");
+    EXPECT_EQ(Query(record).result, 2);
+    EXPECT_FALSE(record.contains(keys::colors));
 }
 
 }  // namespace

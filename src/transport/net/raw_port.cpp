@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "netproto/record_supplies.h"
 #include "transport/net/sockets.h"
 #include "vendors/canon.h"
 #include "vendors/epson.h"
@@ -18,6 +19,7 @@ constexpr std::string_view kCanon = "Canon";
 
 constexpr int kUnreachable = -1;
 constexpr std::size_t kLongestAddress = 64;
+constexpr std::uint16_t kUsualPort = 9100;
 
 struct Target {
     std::string host;
@@ -40,17 +42,21 @@ std::string_view firstEpsonCommand(const PrinterRecord& printer) {
     return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
 }
 
+// One remote-mode inquiry. What it refers to must outlive the link.
+EpsonLink remoteLink(std::string_view commandType, const Target& target, InkQuantities& record,
+                     BoundedText& status) {
+    return {commandType, [&, variant = epsonVariant(commandType)] {
+                return tcpEpsonRCInquiry(target.host, target.port, variant, status, record, nullptr);
+            }};
+}
+
 int epsonInkStatus(PrinterRecord& printer, const Target& target, InkQuantities& record,
                    BoundedText& status) {
-    const auto remote = [&](std::string_view commandType) {
-        const auto inquire = [&, variant = epsonVariant(commandType)] {
-            return tcpEpsonRCInquiry(target.host, target.port, variant, status, record, nullptr);
-        };
-        return EpsonLink{commandType, inquire};
-    };
     // No IEEE 1284.4 link over the network yet: that one is never reached.
-    const std::array links{EpsonLink{epson_commands::d4, {}}, remote(epson_commands::rc),
-                           remote(epson_commands::rc1), remote(epson_commands::rc0)};
+    const std::array links{EpsonLink{epson_commands::d4, {}},
+                           remoteLink(epson_commands::rc, target, record, status),
+                           remoteLink(epson_commands::rc1, target, record, status),
+                           remoteLink(epson_commands::rc0, target, record, status)};
     return runEpsonChain(printer, firstEpsonCommand(printer), links);
 }
 
@@ -69,7 +75,19 @@ int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedT
     const auto target = targetOf(printer);
     if (!target) return kUnreachable;
     const std::string maker = printer.text(keys::makerName);
-    return maker == kEpson ? epsonInkStatus(printer, *target, record, status) : kUnreachable;
+    if (maker == kEpson) return epsonInkStatus(printer, *target, record, status);
+    if (maker == kCanon) return kUnreachable;
+    return inkStatusOfRecordByPMib(printer, target->host, record, status);
+}
+
+int port9100GetEpsonRemoteInkStatus(PrinterRecord& printer, InkQuantities& record,
+                                    BoundedText& status) {
+    const Target target{printer.text(keys::ipAdrs).substr(0, kLongestAddress), kUsualPort};
+    if (target.host.empty()) return kUnreachable;
+    const std::array links{remoteLink(epson_commands::rc, target, record, status),
+                           remoteLink(epson_commands::rc1, target, record, status),
+                           remoteLink(epson_commands::rc0, target, record, status)};
+    return runEpsonChain(printer, epson_commands::rc, links);
 }
 
 void port9100NozzleOptions(const PrinterRecord& printer, int option) {
