@@ -32,12 +32,6 @@ class MainWindow : public testing::Test {
         start();
     }
 
-    static test::EpsonSetup textReplies() {
-        test::EpsonSetup setup;
-        setup.replies = {test::EpsonReply::Text, test::EpsonReply::None, test::EpsonReply::None};
-        return setup;
-    }
-
     // Starts the program (again) on the same home.
     void start() {
         controller_.reset();
@@ -74,7 +68,7 @@ class MainWindow : public testing::Test {
     test::ScopedEnvironment configVariable_{"XDG_CONFIG_HOME", home_ / "config"};
     test::TestClock clock_;
     ScopedClock scopedClock_{clock_};
-    test::VirtualEpson epson_{textReplies()};
+    test::VirtualEpson epson_;
     std::optional<test::TcpPeer> peer_;
     std::optional<AppController> controller_;
 };
@@ -107,7 +101,7 @@ TEST_F(MainWindow, AChosenPrinterIsUpdatedShownAndKept) {
     const UserDefaults defaults;
     EXPECT_EQ(defaults.printerId(), id);
     ASSERT_EQ(defaults.printerTable().size(), 1U);
-    EXPECT_EQ(defaults.printerTable()[0].as<Dictionary>()->text(keys::commandType), "RC0");
+    EXPECT_EQ(defaults.printerTable()[0].as<Dictionary>()->text(keys::commandType), "RC");
 }
 
 TEST_F(MainWindow, RestartShowsTheLastLevelsAndAsksAgainOnlyWhenTheyAreStale) {
