@@ -12,12 +12,14 @@ namespace tintoral {
 AddByAddressDialog::AddByAddressDialog(const ModelTable& models, QWidget* parent)
     : QDialog(parent), models_(models), ui_(std::make_unique<Ui::AddByAddressDialog>()) {
     ui_->setupUi(this);
-    for (const auto& [name, entry] : models.entries()) ui_->modelField->addItem(QString::fromStdString(name));
+    for (const auto& [name, entry] : models.entries())
+        ui_->modelField->addItem(QString::fromStdString(name));
     ui_->modelField->setCurrentIndex(-1);
     ui_->modelField->completer()->setFilterMode(Qt::MatchContains);
     ui_->modelField->completer()->setCompletionMode(QCompleter::PopupCompletion);
     connect(ui_->testButton, &QPushButton::clicked, this, &AddByAddressDialog::testButtonPressed);
-    connect(ui_->connectionPopup, &QComboBox::currentIndexChanged, this, &AddByAddressDialog::connectionChanged);
+    connect(ui_->connectionPopup, &QComboBox::currentIndexChanged, this,
+            &AddByAddressDialog::connectionChanged);
 }
 
 AddByAddressDialog::~AddByAddressDialog() = default;
@@ -38,7 +40,9 @@ void AddByAddressDialog::connectionChanged() {
     ui_->portField->setEnabled(request().connection == Connection::RawPort);
 }
 
-void AddByAddressDialog::say(const std::string& words) { ui_->answerField->setText(QString::fromStdString(words)); }
+void AddByAddressDialog::say(const std::string& words) {
+    ui_->answerField->setText(QString::fromStdString(words));
+}
 
 bool AddByAddressDialog::sayProblem() {
     const std::string problem = problemWith(request());

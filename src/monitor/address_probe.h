@@ -1,5 +1,5 @@
-// Printers that announce nothing, because they stand on another network: the person names their address, and the
-// program asks there who answers.
+// Printers that announce nothing, because they stand on another network: the person names their
+// address, and the program asks there who answers.
 #pragma once
 
 #include <cstdint>
@@ -26,12 +26,13 @@ struct AddressRequest {
 // A sentence that says what is wrong with the request; empty when it can be tried.
 std::string problemWith(const AddressRequest& request);
 
-// The record of the printer. Its "addedByAddress" is "YES"; its "printerId" names the model and the address, so two
-// printers of one model stay apart. No announcement tells an Epson printer's command set, so its record begins with
-// the first of the remote-mode variants.
+// The record of the printer. Its "addedByAddress" is "YES"; its "printerId" names the model and the
+// address, so two printers of one model stay apart. No announcement tells an Epson printer's
+// command set, so its record begins with the first of the remote-mode variants.
 PrinterRecordPtr makeAddressedRecord(const AddressRequest& request);
 
-// The printer's own name for itself, asked over SNMP (RFC 2790 hrDeviceDescr); empty when it does not say.
+// The printer's own name for itself, asked over SNMP (RFC 2790 hrDeviceDescr); empty when it does
+// not say.
 std::string askPrinterName(const std::string& host);
 
 // What came back from the address.
@@ -41,7 +42,8 @@ struct AddressAnswer {
     PrinterRecordPtr printer;  // with what was learned on the way
 };
 
-// Tries one update of the printer that the request describes, with what `models` knows of it. Takes at most the time-outs of that connection.
+// Tries one update of the printer that the request describes, with what `models` knows of it. Takes
+// at most the time-outs of that connection.
 AddressAnswer testAddress(const AddressRequest& request, const ModelTable& models);
 
 }  // namespace tintoral

@@ -27,8 +27,9 @@ constexpr bool isFourByteNumber(std::uint32_t tag) {
 }
 
 constexpr bool holdsBytes(std::uint32_t tag) {
-    return tag == ber_tags::octetString || tag == ber_tags::objectIdentifier || tag == ber_tags::sequence ||
-           tag == ber_tags::ipAddress || (tag >= snmp_pdus::getRequest && tag <= snmp_pdus::trap);
+    return tag == ber_tags::octetString || tag == ber_tags::objectIdentifier ||
+           tag == ber_tags::sequence || tag == ber_tags::ipAddress ||
+           (tag >= snmp_pdus::getRequest && tag <= snmp_pdus::trap);
 }
 
 struct Tlv {
@@ -73,8 +74,10 @@ void appendPart(ByteWriter& writer, std::uint32_t tag, const ByteWriter& part) {
     appendTlv(writer, tag, part.written());
 }
 
-std::size_t encodedValue(const SnmpMessage& message, const SnmpVarBind& binding, MutableBytes output) {
-    const bool asks = message.pduType == snmp_pdus::getRequest || message.pduType == snmp_pdus::getNextRequest;
+std::size_t encodedValue(const SnmpMessage& message, const SnmpVarBind& binding,
+                         MutableBytes output) {
+    const bool asks =
+        message.pduType == snmp_pdus::getRequest || message.pduType == snmp_pdus::getNextRequest;
     if (asks) return mkBER(ber_tags::null, Bytes(), output);
     if (binding.valueType == ber_tags::integer || isFourByteNumber(binding.valueType)) {
         return mkBER(binding.valueType, binding.value.number, binding.valueLength, output);
@@ -87,7 +90,8 @@ void appendBinding(ByteWriter& list, const SnmpMessage& message, const SnmpVarBi
     Scratch value{};
     Scratch content{};
     ByteWriter writer(content);
-    appendTlv(writer, ber_tags::objectIdentifier, Bytes(oid).first(inet10tobjid(binding.oid.view(), oid)));
+    appendTlv(writer, ber_tags::objectIdentifier,
+              Bytes(oid).first(inet10tobjid(binding.oid.view(), oid)));
     writer.bytes(Bytes(value).first(encodedValue(message, binding, value)));
     appendPart(list, ber_tags::sequence, writer);
 }
@@ -139,10 +143,10 @@ std::optional<Head> parseHead(Bytes packet) {
     const std::uint32_t requestId = takeNumber(fields);
     const std::uint32_t errorStatus = takeNumber(fields);
     const std::uint32_t errorIndex = takeNumber(fields);
-    return Head{*message,   static_cast<std::uint32_t>(b2i(version->content)),
-                version->size, asText(community->content),
-                *pdu,       requestId,
-                errorStatus, errorIndex,
+    return Head{*message,       static_cast<std::uint32_t>(b2i(version->content)),
+                version->size,  asText(community->content),
+                *pdu,           requestId,
+                errorStatus,    errorIndex,
                 takeTlv(fields)};
 }
 
@@ -152,38 +156,57 @@ bool takeBinding(ByteReader& list, SnmpVarBind& binding) {
     if (!sequence) return false;
     ByteReader inside(sequence->content);
     const auto oid = takeTlv(inside);
-    if (!oid || berGetValue3(inside.rest(), binding.valueType, binding.value, binding.valueLength) == 0) return false;
+    if (!oid ||
+        berGetValue3(inside.rest(), binding.valueType, binding.value, binding.valueLength) == 0)
+        return false;
     objid2str(binding.oid, oid->content);
     return true;
 }
 
 std::string_view pduName(std::uint32_t pduType) {
     switch (pduType) {
-        case snmp_pdus::getRequest: return "GetRequest\n";
-        case snmp_pdus::getNextRequest: return "GetNextRequest\n";
-        case snmp_pdus::getResponse: return "Response\n";
-        case snmp_pdus::setRequest: return "Set\n";
-        case snmp_pdus::trap: return "Trap\n";
-        default: return "";
+        case snmp_pdus::getRequest:
+            return "GetRequest\n";
+        case snmp_pdus::getNextRequest:
+            return "GetNextRequest\n";
+        case snmp_pdus::getResponse:
+            return "Response\n";
+        case snmp_pdus::setRequest:
+            return "Set\n";
+        case snmp_pdus::trap:
+            return "Trap\n";
+        default:
+            return "";
     }
 }
 
 void dumpValue(BoundedText& text, const SnmpVarBind& binding) {
     const std::string words = cleanText(binding.value.text.view());
     switch (binding.valueType) {
-        case ber_tags::integer: text.appendFormat("v = %d \n", binding.value.number); break;
-        case ber_tags::octetString: text.appendFormat("v = '%s'\n", words.c_str()); break;
-        case ber_tags::null: text.append("v = null\n"); break;
-        case ber_tags::objectIdentifier: text.appendFormat("v = %s \n", words.c_str()); break;
-        default: text.appendFormat("v = %d\n", binding.value.number);
+        case ber_tags::integer:
+            text.appendFormat("v = %d \n", binding.value.number);
+            break;
+        case ber_tags::octetString:
+            text.appendFormat("v = '%s'\n", words.c_str());
+            break;
+        case ber_tags::null:
+            text.append("v = null\n");
+            break;
+        case ber_tags::objectIdentifier:
+            text.appendFormat("v = %s \n", words.c_str());
+            break;
+        default:
+            text.appendFormat("v = %d\n", binding.value.number);
     }
 }
 
 void dumpHead(BoundedText& text, const Head& head) {
     const std::uint32_t tag = head.message.tag;
-    text.appendFormat("header len = %c %d \n", tag > ' ' && tag < 0x7F ? static_cast<char>(tag) : '?',
+    text.appendFormat("header len = %c %d \n",
+                      tag > ' ' && tag < 0x7F ? static_cast<char>(tag) : '?',
                       static_cast<int>(head.message.content.size()));
-    text.appendFormat("version = %d len = %d\n", static_cast<int>(head.version), static_cast<int>(head.versionSize));
+    text.appendFormat("version = %d len = %d\n", static_cast<int>(head.version),
+                      static_cast<int>(head.versionSize));
     text.appendFormat("community = %s \n", cleanText(head.community).c_str());
     text.appendFormat("PDU Type = %02x len = %d", head.pdu.tag, static_cast<int>(head.pdu.size));
     text.append(pduName(head.pdu.tag));
@@ -231,7 +254,8 @@ std::size_t mkBER(std::uint32_t tag, std::int32_t number, std::size_t length, Mu
     std::ranges::fill(output.first(std::min(kCleared, output.size())), std::uint8_t{0});
     ByteWriter writer(output);
     writer.u8(static_cast<std::uint8_t>(tag));
-    if (tag == ber_tags::integer && length == 1) return writer.u8(1).u8(static_cast<std::uint8_t>(number)).finish();
+    if (tag == ber_tags::integer && length == 1)
+        return writer.u8(1).u8(static_cast<std::uint8_t>(number)).finish();
     if (tag != ber_tags::integer && !isFourByteNumber(tag)) return 0;
     return writer.u8(4).be32(static_cast<std::uint32_t>(number)).finish();
 }
@@ -324,7 +348,9 @@ int parseSnmpPacket(Bytes packet, SnmpMessage& message) {
     if (!head->list) return 0;
     ByteReader list(head->list->content);
     std::size_t count = 0;
-    while (count < SnmpMessage::kBindings && !list.atEnd() && takeBinding(list, message.varBinds[count])) ++count;
+    while (count < SnmpMessage::kBindings && !list.atEnd() &&
+           takeBinding(list, message.varBinds[count]))
+        ++count;
     return static_cast<int>(count);
 }
 
@@ -339,7 +365,8 @@ std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet) {
     if (!head) return 0;
     dumpHead(text, *head);
     if (!head->list) return 0;
-    text.appendFormat("Body %02x len = %02x \n", head->list->tag, static_cast<unsigned>(head->list->size));
+    text.appendFormat("Body %02x len = %02x \n", head->list->tag,
+                      static_cast<unsigned>(head->list->size));
     ByteReader list(head->list->content);
     SnmpVarBind binding;
     while (!list.atEnd() && takeBinding(list, binding)) {

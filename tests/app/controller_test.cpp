@@ -80,8 +80,9 @@ TEST_F(MainWindow, WithoutPrintersOffersToSelectOne) {
     EXPECT_EQ(contentHeight(), 422);
     EXPECT_EQ(popupTitles(), QStringList({"", "Select printer"}));
     EXPECT_EQ(find<QComboBox>("printerIdPopup").currentIndex(), 1);
-    for (const char* item : {"actionInkHistory", "actionDiagnose", "actionUseModelIcon", "actionNozzleCleaning",
-                             "actionPrintNozzleCheckPattern", "actionCleaningAndTestPrint"}) {
+    for (const char* item :
+         {"actionInkHistory", "actionDiagnose", "actionUseModelIcon", "actionNozzleCleaning",
+          "actionPrintNozzleCheckPattern", "actionCleaningAndTestPrint"}) {
         EXPECT_FALSE(find<QAction>(item).isEnabled()) << item;
     }
     EXPECT_TRUE(find<QAction>("actionCheckUpdate").isEnabled());

@@ -2,6 +2,7 @@
 # window_test.sh BUILD_DIR, inside tests/support/netns.sh: starts the program on a seeded home under Xvfb, watches it
 # update the selected printer by itself, restarts it and watches it stay quiet.
 set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../support/wait_until.sh"
 build=$1
 for tool in Xvfb xdotool; do
     command -v "$tool" >/dev/null || { echo "SKIPPED: no $tool" >&2; exit 77; }
@@ -13,17 +14,6 @@ unset XDG_CONFIG_HOME WAYLAND_DISPLAY QT_QPA_PLATFORM
 mkdir -p "$HOME"
 defaults=$HOME/.config/Tintoral/Tintoral.plist
 fail() { echo "FAILED: $*" >&2; exit 1; }
-
-# wait_until SECONDS COMMAND...
-wait_until() {
-    local tries=$(($1 * 10))
-    shift
-    for ((; tries > 0; tries--)); do
-        "$@" >/dev/null 2>&1 && return
-        sleep 0.1
-    done
-    return 1
-}
 
 Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp 3>/run/display 2>/dev/null &
 wait_until 10 test -s /run/display || fail "no Xvfb"
