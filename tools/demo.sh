@@ -5,6 +5,7 @@
 # the printers stand on loopback addresses, and the one that needs port 161 is left out. Without a display the same
 # runs under Xvfb: each printer is updated in the window, its levels are printed, pictures are left in build/demo/.
 set -euo pipefail
+source tests/support/wait_until.sh
 build=$1
 demo=build/demo
 export HOME=$PWD/$demo/home
@@ -30,17 +31,6 @@ start_printers() {
     else
         echo "Port 161 cannot be bound here: the SNMP printer stays off" >&2
     fi
-}
-
-# wait_until SECONDS COMMAND...: true as soon as the command succeeds.
-wait_until() {
-    local tries=$(($1 * 10))
-    shift
-    for ((; tries > 0; tries--)); do
-        "$@" >/dev/null 2>&1 && return
-        sleep 0.1
-    done
-    return 1
 }
 
 updated() { [ "$HOME/.config/Tintoral/Tintoral.plist" -nt "$demo/before" ] && [ -n "$(window_id)" ]; }

@@ -1,5 +1,5 @@
-// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`. It works on the settings and
-// histories of $HOME through the program's own code.
+// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`. It works
+// on the settings and histories of $HOME through the program's own code.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -21,7 +21,8 @@ struct DemoPrinter {
     std::vector<int> levels;          // of the last reading, in the same order
 };
 
-// The addresses and models are those of tools/virtual_printers.cpp and of the SNMP agent that demo.sh starts.
+// The addresses and models are those of tools/virtual_printers.cpp and of the SNMP agent that
+// demo.sh starts.
 std::vector<DemoPrinter> demoPrinters() {
     const auto raw = [](const char* address, const char* model) {
         return AddressRequest{address, Connection::RawPort, 9100, model};
@@ -50,7 +51,8 @@ std::vector<DemoPrinter> demoPrinters() {
     };
 }
 
-// A reading for each of the last `days` days: cartridges run down and are replaced, each at its own pace.
+// A reading for each of the last `days` days: cartridges run down and are replaced, each at its own
+// pace.
 void seedHistory(const PrinterRecord& printer, const DemoPrinter& demo) {
     constexpr int kDays = 200;
     Array history;
@@ -61,7 +63,8 @@ void seedHistory(const PrinterRecord& printer, const DemoPrinter& demo) {
             const int level = (demo.levels[i] + daysAgo * usedPerWeek / 7) % 101;
             inks.entries[i] = {0, static_cast<std::int8_t>(level)};
         }
-        history.emplace_back(makeInkDict(demo.colors, inks, currentDate() - std::chrono::days(daysAgo)));
+        history.emplace_back(
+            makeInkDict(demo.colors, inks, currentDate() - std::chrono::days(daysAgo)));
     }
     writePropertyListFile(historyFolder() / printer.text(keys::printerId), history);
 }
@@ -98,11 +101,14 @@ int select(std::string_view id) {
 }
 
 void printLevels(const PrinterRecord& printer) {
-    std::printf("%s: %s\n", printer.text(keys::printerName).c_str(), printer.text(keys::printerStatus).c_str());
+    std::printf("%s: %s\n", printer.text(keys::printerName).c_str(),
+                printer.text(keys::printerStatus).c_str());
     const Dictionary* inkDict = printer.dictionary(keys::inkDict);
     if (!inkDict) return;
-    for (const std::string& color : inkDict->texts(keys::colors).value_or(std::vector<std::string>())) {
-        std::printf("  %-24s %4d %%\n", color.c_str(), static_cast<int>(inkDict->integer(color).value_or(0)));
+    for (const std::string& color :
+         inkDict->texts(keys::colors).value_or(std::vector<std::string>())) {
+        std::printf("  %-24s %4d %%\n", color.c_str(),
+                    static_cast<int>(inkDict->integer(color).value_or(0)));
     }
 }
 
@@ -124,4 +130,6 @@ int run(int argc, char** argv) {
 }  // namespace
 }  // namespace tintoral
 
-int main(int argc, char** argv) { return tintoral::run(argc, argv); }
+int main(int argc, char** argv) {
+    return tintoral::run(argc, argv);
+}

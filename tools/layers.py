@@ -8,7 +8,7 @@ SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
 WINDOW_FOLDERS = {"app", "discovery", "diagnostics"}
 SOCKET_FOLDERS = ("transport/net", "netproto")
 INCLUDE = re.compile(r'^\s*#include\s+([<"])([^">]+)[">]', re.M)
-SOCKET_CALL = re.compile(r"::(socket|connect|bind|listen|accept|sendto|recvfrom|recv|send)\(")
+SOCKET_CALL = re.compile(r"(?<!\w)::(socket|connect|bind|listen|accept|sendto|recvfrom|recv|send)\(")
 
 
 def is_window_file(name: str) -> bool:

@@ -1,5 +1,5 @@
-// Virtual printers on loopback addresses, for the demo and the end-to-end tests; tools/demo_home.cpp names the same
-// ones. Runs until it is told to end.
+// Virtual printers on loopback addresses, for the demo and the end-to-end tests;
+// tools/demo_home.cpp names the same ones. Runs until it is told to end.
 #include <csignal>
 #include <cstdio>
 #include <deque>
@@ -35,7 +35,8 @@ std::vector<Place> places() {
         {"127.0.1.12", "Epson Stylus CX6400, variant RC1, binary reply",
          withReply(1, EpsonReply::Binary, {{0, 73}, {1, 9}, {2, 58}, {3, 36}})},
         {"127.0.1.13", "Epson Stylus Photo R800, variant RC, binary reply",
-         withReply(2, EpsonReply::Binary, {{0, 90}, {1, 52}, {2, 41}, {3, 35}, {9, 11}, {10, 66}, {11, 80}})},
+         withReply(2, EpsonReply::Binary,
+                   {{0, 90}, {1, 52}, {2, 41}, {3, 35}, {9, 11}, {10, 66}, {11, 80}})},
         {"127.0.1.15", "Epson AcuLaser C1100, variant RC0, laser reply",
          withReply(0, EpsonReply::Laser, {{0, 62}, {1, 50}, {2, 47}, {3, 75}})},
     };
@@ -45,7 +46,8 @@ struct RawPortPrinter {
     explicit RawPortPrinter(const Place& place)
         : epson(place.setup),
           peer(place.address, kRawPort,
-               {[this] { epson.connected(); }, [this](Bytes bytes) { return epson.onReceive(bytes); }}) {
+               {[this] { epson.connected(); },
+                [this](Bytes bytes) { return epson.onReceive(bytes); }}) {
         std::printf("%s port %d: %s\n", place.address, kRawPort, place.model);
     }
 

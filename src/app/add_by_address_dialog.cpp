@@ -12,12 +12,14 @@ namespace tintoral {
 AddByAddressDialog::AddByAddressDialog(const ModelTable& models, QWidget* parent)
     : QDialog(parent), models_(models), ui_(std::make_unique<Ui::AddByAddressDialog>()) {
     ui_->setupUi(this);
-    for (const auto& [name, entry] : models.entries()) ui_->modelField->addItem(QString::fromStdString(name));
+    for (const auto& [name, entry] : models.entries())
+        ui_->modelField->addItem(QString::fromStdString(name));
     ui_->modelField->setCurrentIndex(-1);
     ui_->modelField->completer()->setFilterMode(Qt::MatchContains);
     ui_->modelField->completer()->setCompletionMode(QCompleter::PopupCompletion);
     connect(ui_->testButton, &QPushButton::clicked, this, &AddByAddressDialog::testButtonPressed);
-    connect(ui_->connectionPopup, &QComboBox::currentIndexChanged, this, &AddByAddressDialog::connectionChanged);
+    connect(ui_->connectionPopup, &QComboBox::currentIndexChanged, this,
+            &AddByAddressDialog::connectionChanged);
 }
 
 AddByAddressDialog::~AddByAddressDialog() = default;
@@ -29,13 +31,18 @@ AddressRequest AddByAddressDialog::request() const {
             ui_->modelField->currentText().simplified().toStdString()};
 }
 
-PrinterRecordPtr AddByAddressDialog::printer() const { return makeAddressedRecord(request()); }
+PrinterRecordPtr AddByAddressDialog::printer() const {
+    const bool isTested = testedPrinter_ && testedRequest_ == request();
+    return isTested ? testedPrinter_ : makeAddressedRecord(request());
+}
 
 void AddByAddressDialog::connectionChanged() {
     ui_->portField->setEnabled(request().connection == Connection::RawPort);
 }
 
-void AddByAddressDialog::say(const std::string& words) { ui_->answerField->setText(QString::fromStdString(words)); }
+void AddByAddressDialog::say(const std::string& words) {
+    ui_->answerField->setText(QString::fromStdString(words));
+}
 
 bool AddByAddressDialog::sayProblem() {
     const std::string problem = problemWith(request());
@@ -48,7 +55,11 @@ void AddByAddressDialog::testButtonPressed() {
     if (request().makerAndModel.empty() && !request().host.empty()) {
         ui_->modelField->setCurrentText(QString::fromStdString(askPrinterName(request().host)));
     }
-    if (!sayProblem()) say(testAddress(request(), models_).words);
+    if (sayProblem()) return;
+    testedRequest_ = request();
+    const AddressAnswer answer = testAddress(testedRequest_, models_);
+    testedPrinter_ = answer.printer;
+    say(answer.words);
 }
 
 void AddByAddressDialog::accept() {

@@ -1,4 +1,5 @@
-// "Add by address…": names a printer that announces nothing, asks at the address who answers, and adds it.
+// "Add by address…": names a printer that announces nothing, asks at the address who answers, and
+// adds it.
 #pragma once
 
 #include <QDialog>
@@ -21,11 +22,13 @@ class AddByAddressDialog : public QDialog {
     AddByAddressDialog(const ModelTable& models, QWidget* parent);
     ~AddByAddressDialog() override;
 
-    // The printer that the person asked for; good once the dialog was accepted.
+    // The printer that the person asked for, as the last test left it; good once the dialog was
+    // accepted.
     PrinterRecordPtr printer() const;
 
   public Q_SLOTS:
-    // Asks at the address and says what came back. An empty maker and model is filled from the printer's own answer.
+    // Asks at the address and says what came back. An empty maker and model is filled from the
+    // printer's own answer.
     void testButtonPressed();
     void accept() override;
 
@@ -36,6 +39,8 @@ class AddByAddressDialog : public QDialog {
     bool sayProblem();
 
     const ModelTable& models_;
+    AddressRequest testedRequest_;
+    PrinterRecordPtr testedPrinter_;
     std::unique_ptr<Ui::AddByAddressDialog> ui_;
 };
 

@@ -28,10 +28,13 @@ namespace {
 constexpr int kInksWithoutReading = 10;
 
 // Stored texts may be foreign: they are shown without control characters.
-QString shown(const std::string& text) { return QString::fromStdString(cleanText(text)); }
+QString shown(const std::string& text) {
+    return QString::fromStdString(cleanText(text));
+}
 
 std::vector<std::string> rgbColorsOf(const PrinterRecord* printer) {
-    return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>()) : std::vector<std::string>();
+    return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>())
+                   : std::vector<std::string>();
 }
 
 const Dictionary* inkDictOf(const PrinterRecord* printer) {
@@ -46,7 +49,8 @@ QString lastUpdateText(const Dictionary* inkDict) {
 }
 
 // The first entry of the model decides, whether it names a picture or not.
-std::string modelIconPath(const std::vector<IconPathEntry>& table, const std::string& makerAndModel) {
+std::string modelIconPath(const std::vector<IconPathEntry>& table,
+                          const std::string& makerAndModel) {
     const auto entry = std::ranges::find(table, makerAndModel, &IconPathEntry::modelname);
     return entry == table.end() ? std::string() : entry->iconPath.value_or(std::string());
 }
@@ -96,7 +100,8 @@ void AppController::connectActions() {
     const auto whenTriggered = [this](QAction* action, auto slot) {
         connect(action, &QAction::triggered, this, slot);
     };
-    connect(ui_->printerIdPopup, &QComboBox::activated, this, &AppController::printerIdPoupSelected);
+    connect(ui_->printerIdPopup, &QComboBox::activated, this,
+            &AppController::printerIdPoupSelected);
     connect(ui_->updateButton, &QPushButton::clicked, this, &AppController::updateButtonPressed);
     connect(ui_->actionAddByAddress, &QAction::triggered, browserWindow_.get(),
             &BrowserController::addByAddressPressed);
@@ -116,9 +121,12 @@ void AppController::connectActions() {
 
 void AppController::observeNotifications() {
     const auto& center = NotificationCenter::defaultCenter();
-    connect(&center, &NotificationCenter::VTnewPrinterSelected, this, &AppController::doSelectPrinter);
-    connect(&center, &NotificationCenter::VTBonjourPrinterFound, this, &AppController::handlePrinterFound);
-    connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, this, &AppController::handlePrinterRemoved);
+    connect(&center, &NotificationCenter::VTnewPrinterSelected, this,
+            &AppController::doSelectPrinter);
+    connect(&center, &NotificationCenter::VTBonjourPrinterFound, this,
+            &AppController::handlePrinterFound);
+    connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, this,
+            &AppController::handlePrinterRemoved);
 }
 
 void AppController::fillPopup() {
@@ -178,7 +186,8 @@ void AppController::printerIdPoupSelected(int index) {
 }
 
 void AppController::updateWhenStale() {
-    if (printerDict_ && levelsAreStale(*printerDict_, currentDate()) && ui_->updateButton->isEnabled()) {
+    if (printerDict_ && levelsAreStale(*printerDict_, currentDate()) &&
+        ui_->updateButton->isEnabled()) {
         updateButtonPressed();
     }
 }
@@ -187,7 +196,8 @@ void AppController::updateButtonPressed() {
     if (!printerDict_) return;
     const WaitCursor waiting;
     if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
-        saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict), printerDict_->text(keys::printerId));
+        saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
+                                    printerDict_->text(keys::printerId));
         storePrinterTable();
     }
     updateUI();
@@ -221,7 +231,8 @@ void AppController::handlePrinterFound(const PrinterRecordPtr& printer) {
 void AppController::updatePopup() {
     QComboBox& box = *ui_->printerIdPopup;
     box.clear();
-    for (const PrinterRecordPtr& printer : popup_.printers()) box.addItem(shown(printer->text(keys::printerId)));
+    for (const PrinterRecordPtr& printer : popup_.printers())
+        box.addItem(shown(printer->text(keys::printerId)));
     box.insertSeparator(box.count());
     box.addItem(QStringLiteral("Select printer"));
     const int selected = printerDict_ ? popup_.indexOf(printerDict_->text(keys::printerId)) : -1;
@@ -285,28 +296,33 @@ void AppController::useModelIconMenuSelected() {
     updateUI();
 }
 
-void AppController::showSelectionWindow() { browserWindow_->showWindow(); }
+void AppController::showSelectionWindow() {
+    browserWindow_->showWindow();
+}
 
 void AppController::openProductPage() {
     QDesktopServices::openUrl(QUrl(QStringLiteral(TINTORAL_PRODUCT_PAGE)));
 }
 
 void AppController::showAboutPanel() {
-    QMessageBox::about(window_.get(), QStringLiteral("About Tintoral"),
-                       QStringLiteral("<h3>Tintoral %1</h3><p>How much ink or toner is left in your printers, and "
-                                      "what state they are in.</p><p>MIT licence</p>")
-                           .arg(QStringLiteral(TINTORAL_VERSION)));
+    QMessageBox::about(
+        window_.get(), QStringLiteral("About Tintoral"),
+        QStringLiteral("<h3>Tintoral %1</h3><p>How much ink or toner is left in your printers, and "
+                       "what state they are in.</p><p>MIT licence</p>")
+            .arg(QStringLiteral(TINTORAL_VERSION)));
 }
 
 void AppController::notInThisVersion() {
     const auto* action = qobject_cast<QAction*>(sender());
-    QMessageBox::information(window_.get(), action->text(),
-                             QStringLiteral("\"%1\" is not part of this version of Tintoral.").arg(action->text()));
+    QMessageBox::information(
+        window_.get(), action->text(),
+        QStringLiteral("\"%1\" is not part of this version of Tintoral.").arg(action->text()));
 }
 
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
-        const QImage icon(shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
+        const QImage icon(
+            shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
         if (!icon.isNull()) return icon;
     }
     return applicationPicture();
@@ -314,10 +330,12 @@ QImage AppController::dockBackground() const {
 
 void AppController::updateDockIcon() {
     const PrinterRecord* printer = printerDict_.get();
-    const QIcon icon = tintoral::dockIcon(inkDictOf(printer), rgbColorsOf(printer), dockBackground());
+    const QIcon icon =
+        tintoral::dockIcon(inkDictOf(printer), rgbColorsOf(printer), dockBackground());
     QApplication::setWindowIcon(icon);
     dockIcon_->setIcon(icon);
-    dockIcon_->setToolTip(printer ? shown(printer->text(keys::printerId)) : QStringLiteral("Tintoral"));
+    dockIcon_->setToolTip(printer ? shown(printer->text(keys::printerId))
+                                  : QStringLiteral("Tintoral"));
 }
 
 bool AppController::eventFilter(QObject* watched, QEvent* event) {

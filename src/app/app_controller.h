@@ -1,9 +1,9 @@
-// The main window's controller: owns the printer table and the selected record for the whole run, updates the
-// selected printer when asked, and shows what came of it.
+// The main window's controller: owns the printer table and the selected record for the whole run,
+// updates the selected printer when asked, and shows what came of it.
 //
-// There is no timer: an update runs when a printer is selected, when the person asks for it, and at start or on
-// re-selection when the last levels are older than ten minutes. Updates block the window for at most the time-outs
-// of the transport, under a wait cursor.
+// There is no timer: an update runs when a printer is selected, when the person asks for it, and at
+// start or on re-selection when the last levels are older than ten minutes. Updates block the
+// window for at most the time-outs of the transport, under a wait cursor.
 #pragma once
 
 #include <QMainWindow>
@@ -32,12 +32,14 @@ class AppController : public QObject {
     Q_OBJECT
 
   public:
-    // The files are those of the person who runs the program; nothing is read before awakeFromNib().
+    // The files are those of the person who runs the program; nothing is read before
+    // awakeFromNib().
     AppController();
     ~AppController() override;
 
-    // Start-up: loads and prunes the printer table, fills the pop-up, shows the last levels of the selected printer
-    // and updates it when they are stale. The window is shown before the first update runs.
+    // Start-up: loads and prunes the printer table, fills the pop-up, shows the last levels of the
+    // selected printer and updates it when they are stale. The window is shown before the first
+    // update runs.
     void awakeFromNib();
 
     // Selects a printer, adds it when it is new, and updates it.

@@ -22,7 +22,8 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     const QtMessageHandler usual = qInstallMessageHandler(reportNoDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);
-    QApplication::setQuitOnLastWindowClosed(false);  // closing the main window quits; a dialog's close does not
+    QApplication::setQuitOnLastWindowClosed(
+        false);  // closing the main window quits; a dialog's close does not
     tintoral::AppController controller;
     controller.awakeFromNib();
     controller.myWindow().show();

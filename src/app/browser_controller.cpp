@@ -9,7 +9,8 @@ namespace tintoral {
 BrowserController::BrowserController(const ModelTable& models, QWidget* parent)
     : QDialog(parent), models_(models), ui_(std::make_unique<Ui::PrinterBrowser>()) {
     ui_->setupUi(this);
-    connect(ui_->addByAddressButton, &QPushButton::clicked, this, &BrowserController::addByAddressPressed);
+    connect(ui_->addByAddressButton, &QPushButton::clicked, this,
+            &BrowserController::addByAddressPressed);
 }
 
 BrowserController::~BrowserController() = default;

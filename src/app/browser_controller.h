@@ -1,7 +1,8 @@
 // The printer-selection window.
 //
-// Printers that announce themselves are listed here when their discovery lands; until then the window offers what
-// needs none: adding a printer by its address. A choice is announced as VTnewPrinterSelected.
+// Printers that announce themselves are listed here when their discovery lands; until then the
+// window offers what needs none: adding a printer by its address. A choice is announced as
+// VTnewPrinterSelected.
 #pragma once
 
 #include <QDialog>

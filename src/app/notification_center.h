@@ -1,5 +1,5 @@
-// Through which the parts of the window tell each other about printers. One object for the whole run; every signal
-// carries the record concerned.
+// Through which the parts of the window tell each other about printers. One object for the whole
+// run; every signal carries the record concerned.
 #pragma once
 
 #include <QObject>

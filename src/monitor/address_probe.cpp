@@ -5,6 +5,7 @@
 #include "netproto/printer_mib.h"
 #include "records/model_merge.h"
 #include "support/text.h"
+#include "vendors/epson.h"
 #include "vendors/maker_and_model.h"
 
 namespace tintoral {
@@ -17,9 +18,12 @@ struct ConnectionRow {
 
 ConnectionRow rowOf(Connection connection) {
     switch (connection) {
-        case Connection::PrinterMib: return {"", "lpd:"};  // network printers of this kind are asked over SNMP
-        case Connection::Lpd: return {"_printer._tcp.", "lpd:"};
-        default: return {"_pdl-datastream._tcp.", "port"};
+        case Connection::PrinterMib:
+            return {"", "lpd:"};  // network printers of this kind are asked over SNMP
+        case Connection::Lpd:
+            return {"_printer._tcp.", "lpd:"};
+        default:
+            return {"_pdl-datastream._tcp.", "port"};
     }
 }
 
@@ -63,20 +67,25 @@ std::string levelsInWords(const PrinterRecord& printer) {
     std::string words;
     for (const std::string& color : colors.value_or(std::vector<std::string>())) {
         const std::int64_t level = inkDict->integer(color).value_or(0);
-        words += (words.empty() ? "" : ", ") + color + (level < 0 ? "" : " " + std::to_string(level) + " %");
+        words += (words.empty() ? "" : ", ") + color +
+                 (level < 0 ? "" : " " + std::to_string(level) + " %");
     }
     return words;
 }
 
-std::string answerInWords(const AddressRequest& request, const PrinterRecord& printer, UpdateOutcome outcome) {
+std::string answerInWords(const AddressRequest& request, const PrinterRecord& printer,
+                          UpdateOutcome outcome) {
     switch (outcome) {
         case UpdateOutcome::Levels:
-            return "It answers: " + printer.text(keys::printerStatus) + ". " + levelsInWords(printer) + ".";
+            return "It answers: " + printer.text(keys::printerStatus) + ". " +
+                   levelsInWords(printer) + ".";
         case UpdateOutcome::NoLevels:
-            return "It answers, but does not tell its ink levels this way. Try another connection, or check the maker "
+            return "It answers, but does not tell its ink levels this way. Try another connection, "
+                   "or check the maker "
                    "and model.";
         default:
-            return "Nothing answers at " + placeOf(request) + ". Is the printer on, and is the address right?";
+            return "Nothing answers at " + placeOf(request) +
+                   ". Is the printer on, and is the address right?";
     }
 }
 
@@ -84,7 +93,8 @@ std::string answerInWords(const AddressRequest& request, const PrinterRecord& pr
 
 std::string problemWith(const AddressRequest& request) {
     if (request.host.empty()) return "Enter the printer's address or host name.";
-    if (request.host.find_first_of(" /:@") != std::string::npos || cleanText(request.host) != request.host) {
+    if (request.host.find_first_of(" /:@") != std::string::npos ||
+        cleanText(request.host) != request.host) {
         return "An address is a host name or four numbers with dots, without a port or a path.";
     }
     if (request.port == 0) return "The port is a number from 1 to 65535.";
@@ -110,6 +120,7 @@ PrinterRecordPtr makeAddressedRecord(const AddressRequest& request) {
     printer->set(keys::date, currentDate());
     printer->set(keys::active, kYes);
     printer->set(keys::addedByAddress, kYes);
+    if (maker == "EPSON") printer->set(keys::commandType, epson_commands::rc);
     return printer;
 }
 
@@ -123,7 +134,7 @@ AddressAnswer testAddress(const AddressRequest& request, const ModelTable& model
     const PrinterRecordPtr printer = makeAddressedRecord(request);
     updatePrinterDict(*printer, models);
     const UpdateOutcome outcome = updatePrinter(*printer);
-    return {outcome, answerInWords(request, *printer, outcome)};
+    return {outcome, answerInWords(request, *printer, outcome), printer};
 }
 
 }  // namespace tintoral

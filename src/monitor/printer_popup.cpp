@@ -18,8 +18,9 @@ PrinterRecordPtr PrinterPopup::dropWhenFull() {
 }
 
 int PrinterPopup::indexOf(std::string_view id) const {
-    const auto hit = std::ranges::find_if(
-        printers_, [&](const PrinterRecordPtr& printer) { return printer->text(keys::printerId) == id; });
+    const auto hit = std::ranges::find_if(printers_, [&](const PrinterRecordPtr& printer) {
+        return printer->text(keys::printerId) == id;
+    });
     return hit == printers_.end() ? -1 : static_cast<int>(hit - printers_.begin());
 }
 

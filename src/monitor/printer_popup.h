@@ -1,4 +1,5 @@
-// The list behind the main window's pop-up: the known printers, newest first, then a separator and "Select printer".
+// The list behind the main window's pop-up: the known printers, newest first, then a separator and
+// "Select printer".
 #pragma once
 
 #include <string_view>
@@ -16,7 +17,8 @@ class PrinterPopup {
     // A new printer comes first.
     void insertFirst(PrinterRecordPtr printer);
 
-    // Makes room for one more: a full pop-up loses its oldest printer, at index 98. Null when there was room.
+    // Makes room for one more: a full pop-up loses its oldest printer, at index 98. Null when there
+    // was room.
     PrinterRecordPtr dropWhenFull();
 
     // The record whose "printerId" is `id`, or null.

@@ -12,7 +12,8 @@ constexpr std::array kSelectedKeys{keys::devModelName, keys::serialID};
 constexpr std::array kFoundKeys{keys::port, keys::usbVStatus, keys::usbS, keys::serialID};
 
 // A base station may give a printer another port, host or queue at any time.
-constexpr std::array kAirPortKeys{keys::kind, keys::serviceType, keys::port, keys::hostName, keys::usbPrinterName};
+constexpr std::array kAirPortKeys{keys::kind, keys::serviceType, keys::port, keys::hostName,
+                                  keys::usbPrinterName};
 
 template <typename Keys>
 void copyPresent(const PrinterRecord& from, PrinterRecord& to, const Keys& names) {
@@ -29,7 +30,9 @@ void copyEvenAbsent(const PrinterRecord& from, PrinterRecord& to, std::string_vi
     }
 }
 
-bool isLocal(std::string_view kind) { return kind.starts_with("USB") || kind.starts_with("bjn"); }
+bool isLocal(std::string_view kind) {
+    return kind.starts_with("USB") || kind.starts_with("bjn");
+}
 
 }  // namespace
 
@@ -56,7 +59,8 @@ void copyFoundValues(const PrinterRecord& found, PrinterRecord& known) {
     known.set(keys::active, kYes);
     copyPresent(found, known, kAddressKeys);
     copyPresent(found, known, kFoundKeys);
-    if (found.text(keys::serverType) == server_types::airPort) copyPresent(found, known, kAirPortKeys);
+    if (found.text(keys::serverType) == server_types::airPort)
+        copyPresent(found, known, kAirPortKeys);
 }
 
 StatusLine statusLine(const PrinterRecord* printer) {
@@ -77,8 +81,10 @@ bool levelsAreStale(const PrinterRecord& printer, Date now) {
 
 void sendMaintenance(const PrinterRecord& printer, int option) {
     const std::string serverType = printer.text(keys::serverType);
-    const bool networked = serverType == server_types::airPort || serverType == server_types::network;
-    if (networked && printer.text(keys::kind).starts_with("por")) port9100NozzleOptions(printer, option);
+    const bool networked =
+        serverType == server_types::airPort || serverType == server_types::network;
+    if (networked && printer.text(keys::kind).starts_with("por"))
+        port9100NozzleOptions(printer, option);
 }
 
 }  // namespace tintoral

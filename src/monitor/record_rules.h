@@ -1,5 +1,5 @@
-// What happens to a printer record when it is loaded, selected, found or lost, and how its state is put into words.
-// Pure rules over records; the windows and the printer table use them.
+// What happens to a printer record when it is loaded, selected, found or lost, and how its state is
+// put into words. Pure rules over records; the windows and the printer table use them.
 #pragma once
 
 #include <string>
@@ -8,14 +8,16 @@
 
 namespace tintoral {
 
-// At start: USB and BJNP printers become "unknown"; every other printer counts as absent ("Active" = "NO") until
-// discovery sees it again, but for one that the person added by its address: nothing will ever announce that one.
+// At start: USB and BJNP printers become "unknown"; every other printer counts as absent ("Active"
+// = "NO") until discovery sees it again, but for one that the person added by its address: nothing
+// will ever announce that one.
 void prepareAtStart(PrinterRecord& printer);
 
 // A printer was chosen that is known already: its fresh addresses are copied into the known record.
 void copySelectedValues(const PrinterRecord& chosen, PrinterRecord& known);
 
-// Discovery sees a known printer (again): it becomes active, fresh addresses and status texts are copied.
+// Discovery sees a known printer (again): it becomes active, fresh addresses and status texts are
+// copied.
 void copyFoundValues(const PrinterRecord& found, PrinterRecord& known);
 
 // What the main window says about the selected printer.
@@ -30,7 +32,8 @@ StatusLine statusLine(const PrinterRecord* printer);
 // True when the record has levels that are more than ten minutes old.
 bool levelsAreStale(const PrinterRecord& printer, Date now);
 
-// Sends a maintenance command to the printer by its server type and kind; ways without one do nothing.
+// Sends a maintenance command to the printer by its server type and kind; ways without one do
+// nothing.
 void sendMaintenance(const PrinterRecord& printer, int option);
 
 }  // namespace tintoral

@@ -28,27 +28,34 @@ int readAnnouncedHPStatus(PrinterRecord& printer, InkQuantities& inks, BoundedTe
 
 int askAirPortRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
     const bool isHP = printer.text(keys::makerName) == "HP";
-    return isHP ? readAnnouncedHPStatus(printer, inks, status) : port9100GetInkStatus(printer, inks, status);
+    return isHP ? readAnnouncedHPStatus(printer, inks, status)
+                : port9100GetInkStatus(printer, inks, status);
 }
 
 int askAirPortLpd(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
-    return printer.text(keys::makerName) == "EPSON" ? port9100GetEpsonRemoteInkStatus(printer, inks, status) : 0;
+    return printer.text(keys::makerName) == "EPSON"
+               ? port9100GetEpsonRemoteInkStatus(printer, inks, status)
+               : 0;
 }
 
 int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
     const bool isHP = printer.text(keys::makerName) == "HP";
-    return isHP ? askPrinterMib(printer, inks, status) : port9100GetInkStatus(printer, inks, status);
+    return isHP ? askPrinterMib(printer, inks, status)
+                : port9100GetInkStatus(printer, inks, status);
 }
 
 // USB, base stations, BJNP and IPP queues: no printer is reached these ways in this version.
-int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) { return kUnreachable; }
+int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) {
+    return kUnreachable;
+}
 
 constexpr std::array kDispatchTable{
     DispatchRow{server_types::usb, "", false, notReachedYet},
     DispatchRow{server_types::airPort, "rio", true, notReachedYet},
     DispatchRow{server_types::airPort, "por", true, askAirPortRawPort},
     DispatchRow{server_types::airPort, "lpd", true, askAirPortLpd},
-    DispatchRow{server_types::airPort, "", true, [](PrinterRecord&, InkQuantities&, BoundedText&) { return 0; }},
+    DispatchRow{server_types::airPort, "", true,
+                [](PrinterRecord&, InkQuantities&, BoundedText&) { return 0; }},
     DispatchRow{server_types::network, "rio", false, notReachedYet},
     DispatchRow{server_types::network, "por", false, askNetworkRawPort},
     DispatchRow{server_types::network, "bjn", false, notReachedYet},
@@ -62,7 +69,8 @@ void keepReading(PrinterRecord& printer, const InkQuantities& inks, const Bounde
     const Date now = currentDate();
     if (!printer.contains(keys::colors)) printer.set(keys::colors, colorNames(inks));
     Dictionary inkDict = makeInkDict(*printer.texts(keys::colors), inks, now);
-    if (const Value* rgbColors = printer.find(keys::rgbColors)) inkDict.set(keys::rgbColors, *rgbColors);
+    if (const Value* rgbColors = printer.find(keys::rgbColors))
+        inkDict.set(keys::rgbColors, *rgbColors);
     printer.set(keys::inkDict, std::move(inkDict));
     printer.set(keys::printerStatus, cleanText(status.view()));
     printer.set(keys::date, now);
@@ -70,7 +78,9 @@ void keepReading(PrinterRecord& printer, const InkQuantities& inks, const Bounde
 
 }  // namespace
 
-std::span<const DispatchRow> dispatchTable() { return kDispatchTable; }
+std::span<const DispatchRow> dispatchTable() {
+    return kDispatchTable;
+}
 
 int queryPrinter(PrinterRecord& printer, InkQuantities& inks, BoundedText& status,
                  std::span<const DispatchRow> table) {

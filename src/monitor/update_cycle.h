@@ -1,4 +1,5 @@
-// One update of one printer: which query its record calls for, and what the answer makes of the record.
+// One update of one printer: which query its record calls for, and what the answer makes of the
+// record.
 #pragma once
 
 #include <span>
@@ -10,12 +11,13 @@
 
 namespace tintoral {
 
-// Asks a printer. `inks` comes pre-filled from the record's "Colors"; `status` comes empty. Result: negative when the
-// printer could not be reached, 0 when it answered without levels, else the number of inks. A query may keep what it
-// learned (command type, colours) in the record.
+// Asks a printer. `inks` comes pre-filled from the record's "Colors"; `status` comes empty. Result:
+// negative when the printer could not be reached, 0 when it answered without levels, else the
+// number of inks. A query may keep what it learned (command type, colours) in the record.
 using PrinterQuery = int (*)(PrinterRecord& printer, InkQuantities& inks, BoundedText& status);
 
-// One way to a printer. A row applies when the server type is equal and the record's "kind" begins with the prefix.
+// One way to a printer. A row applies when the server type is equal and the record's "kind" begins
+// with the prefix.
 struct DispatchRow {
     std::string_view serverType;
     std::string_view kindPrefix;
@@ -32,8 +34,10 @@ int queryPrinter(PrinterRecord& printer, InkQuantities& inks, BoundedText& statu
 
 enum class UpdateOutcome { Unreachable, NoLevels, Levels };
 
-// One update from end to end: asks the printer and sets "printerStatus"; with levels also "inkDict", "Date" and, when
-// the record had none, "Colors". Without levels the previous "inkDict" stays.
-UpdateOutcome updatePrinter(PrinterRecord& printer, std::span<const DispatchRow> table = dispatchTable());
+// One update from end to end: asks the printer and sets "printerStatus"; with levels also
+// "inkDict", "Date" and, when the record had none, "Colors". Without levels the previous "inkDict"
+// stays.
+UpdateOutcome updatePrinter(PrinterRecord& printer,
+                            std::span<const DispatchRow> table = dispatchTable());
 
 }  // namespace tintoral

@@ -9,7 +9,8 @@ namespace tintoral {
 void prefillQuantities(const std::vector<std::string>& colors, InkQuantities& record) {
     constexpr std::int8_t kFull = 100;
     const std::size_t count = std::min(colors.size(), InkQuantities::kCapacity);
-    for (std::size_t i = 0; i < count; ++i) record.entries[i] = {colorIDByColorName(colors[i]), kFull};
+    for (std::size_t i = 0; i < count; ++i)
+        record.entries[i] = {colorIDByColorName(colors[i]), kFull};
     record.count = static_cast<std::int8_t>(count);
 }
 
@@ -22,7 +23,8 @@ std::vector<std::string> colorNames(const InkQuantities& record) {
     return names;
 }
 
-Dictionary makeInkDict(const std::vector<std::string>& colors, const InkQuantities& record, Date date) {
+Dictionary makeInkDict(const std::vector<std::string>& colors, const InkQuantities& record,
+                       Date date) {
     Dictionary inkDict;
     for (std::size_t i = 0; i < colors.size(); ++i) {
         inkDict.set(colors[i], i < InkQuantities::kCapacity ? int{record.entries[i].level} : 0);

@@ -1,5 +1,5 @@
-// The maintenance commands as the person knows them: items of the Tools menu, titles in the model table, flags in a
-// record.
+// The maintenance commands as the person knows them: items of the Tools menu, titles in the model
+// table, flags in a record.
 #pragma once
 
 #include <array>

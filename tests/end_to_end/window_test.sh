@@ -2,6 +2,7 @@
 # window_test.sh BUILD_DIR, inside tests/support/netns.sh: starts the program on a seeded home under Xvfb, watches it
 # update the selected printer by itself, restarts it and watches it stay quiet.
 set -euo pipefail
+source "$(dirname "${BASH_SOURCE[0]}")/../support/wait_until.sh"
 build=$1
 for tool in Xvfb xdotool; do
     command -v "$tool" >/dev/null || { echo "SKIPPED: no $tool" >&2; exit 77; }
@@ -13,17 +14,6 @@ unset XDG_CONFIG_HOME WAYLAND_DISPLAY QT_QPA_PLATFORM
 mkdir -p "$HOME"
 defaults=$HOME/.config/Tintoral/Tintoral.plist
 fail() { echo "FAILED: $*" >&2; exit 1; }
-
-# wait_until SECONDS COMMAND...
-wait_until() {
-    local tries=$(($1 * 10))
-    shift
-    for ((; tries > 0; tries--)); do
-        "$@" >/dev/null 2>&1 && return
-        sleep 0.1
-    done
-    return 1
-}
 
 Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp 3>/run/display 2>/dev/null &
 wait_until 10 test -s /run/display || fail "no Xvfb"
@@ -52,9 +42,10 @@ before=$(readings)
 "$build/bin/tintoral" & program=$!
 wait_until 10 window || fail "no window"
 wait_until 20 grown || fail "stale levels were not updated at start"
+# The settings are written after the reading.
+wait_until 5 grep -q '<string>Idle</string>' "$defaults" || fail "the printer's status was not kept"
 "$build/bin/tintoral-demo-home" levels > /run/levels
 grep -A 1 -F "${id#Network:}" /run/levels | grep -q 'Black  .* %' || fail "no levels kept: $(cat /run/levels)"
-grep -q '<string>Idle</string>' "$defaults" || fail "the printer's status was not kept"
 quit_program
 grep -A 1 'VT1printerId' "$defaults" | grep -qF "$id" || fail "the selection was not kept"
 

@@ -10,7 +10,8 @@ AddressRequest requestFor(std::string host, Connection connection, std::string m
 }
 
 TEST(AddressProbe, RecordReachesThePrinterItsConnectionNames) {
-    const auto raw = makeAddressedRecord(requestFor("10.0.0.9", Connection::RawPort, "Epson Stylus Photo R300"));
+    const auto raw =
+        makeAddressedRecord(requestFor("10.0.0.9", Connection::RawPort, "Epson Stylus Photo R300"));
     EXPECT_EQ(raw->text(keys::printerId), "Network:EPSON Stylus Photo R300 (10.0.0.9:9101)");
     EXPECT_EQ(raw->text(keys::kind), "port9101:10.0.0.9");
     EXPECT_EQ(raw->text(keys::makerName), "EPSON");
@@ -18,7 +19,8 @@ TEST(AddressProbe, RecordReachesThePrinterItsConnectionNames) {
     EXPECT_EQ(raw->integer(keys::port), 9101);
     EXPECT_EQ(raw->text(keys::addedByAddress), kYes);
 
-    const auto mib = makeAddressedRecord(requestFor("printer.example", Connection::PrinterMib, "Acme Color/100"));
+    const auto mib = makeAddressedRecord(
+        requestFor("printer.example", Connection::PrinterMib, "Acme Color/100"));
     EXPECT_EQ(mib->text(keys::printerId), "Network:Acme Color-100 (printer.example)");
     EXPECT_EQ(mib->text(keys::kind), "lpd:printer.example");
     EXPECT_EQ(mib->text(keys::makerAndModelName), "Acme Color/100");
@@ -29,7 +31,8 @@ TEST(AddressProbe, SaysWhatIsWrong) {
         return problemWith(requestFor(host, Connection::RawPort, model));
     };
     EXPECT_EQ(problem("10.0.0.9", "Acme One"), "");
-    for (const char* host : {"", "10.0.0.9:9100", "http://x", "a b", "a\tb", "fe80::1", "user@host"}) {
+    for (const char* host :
+         {"", "10.0.0.9:9100", "http://x", "a b", "a\tb", "fe80::1", "user@host"}) {
         EXPECT_NE(problem(host, "Acme One"), "") << host;
     }
     EXPECT_NE(problem("10.0.0.9", ""), "");

@@ -27,9 +27,12 @@ TEST(RecordRules, AtStartNetworkPrintersAreAbsentUnlessAddedByAddress) {
 }
 
 TEST(RecordRules, SelectingAKnownPrinterRefreshesItsAddress) {
-    const PrinterRecord chosen =
-        recordOf({{keys::ipAdrs, "10.0.0.2"}, {keys::port, 9101}, {keys::kind, "lpd:x"}, {keys::serialID, "S"}});
-    PrinterRecord known = recordOf({{keys::kind, "port9100:10.0.0.1"}, {keys::port, 9100}, {keys::ippURL, "u"}});
+    const PrinterRecord chosen = recordOf({{keys::ipAdrs, "10.0.0.2"},
+                                           {keys::port, 9101},
+                                           {keys::kind, "lpd:x"},
+                                           {keys::serialID, "S"}});
+    PrinterRecord known =
+        recordOf({{keys::kind, "port9100:10.0.0.1"}, {keys::port, 9100}, {keys::ippURL, "u"}});
     copySelectedValues(chosen, known);
     EXPECT_EQ(known.text(keys::ipAdrs), "10.0.0.2");
     EXPECT_EQ(known.integer(keys::port), 9101);
@@ -43,9 +46,11 @@ TEST(RecordRules, SelectingAKnownPrinterRefreshesItsAddress) {
 }
 
 TEST(RecordRules, AnAirPortPrinterTakesOverEvenWhatIsAbsent) {
-    const PrinterRecord chosen =
-        recordOf({{keys::serverType, server_types::airPort}, {keys::kind, "lpd:10.0.0.2"}, {keys::port, 515}});
-    PrinterRecord known = recordOf({{keys::kind, "riousb:10.0.0.1"}, {keys::hostName, "base"}, {keys::port, 1}});
+    const PrinterRecord chosen = recordOf({{keys::serverType, server_types::airPort},
+                                           {keys::kind, "lpd:10.0.0.2"},
+                                           {keys::port, 515}});
+    PrinterRecord known =
+        recordOf({{keys::kind, "riousb:10.0.0.1"}, {keys::hostName, "base"}, {keys::port, 1}});
     copySelectedValues(chosen, known);
     EXPECT_EQ(known.text(keys::kind), "lpd:10.0.0.2");
     EXPECT_EQ(known.integer(keys::port), 515);
@@ -54,7 +59,8 @@ TEST(RecordRules, AnAirPortPrinterTakesOverEvenWhatIsAbsent) {
 
 TEST(RecordRules, AFoundPrinterIsActiveAtItsNewAddress) {
     PrinterRecord known = recordOf({{keys::active, kNo}, {keys::kind, "port9100:10.0.0.1"}});
-    const Entries fresh{{keys::ipAdrs, "10.0.0.3"}, {keys::usbS, "S:03"}, {keys::kind, "riousb:10.0.0.3"}};
+    const Entries fresh{
+        {keys::ipAdrs, "10.0.0.3"}, {keys::usbS, "S:03"}, {keys::kind, "riousb:10.0.0.3"}};
     copyFoundValues(recordOf(fresh), known);
     EXPECT_EQ(known.text(keys::active), kYes);
     EXPECT_EQ(known.text(keys::ipAdrs), "10.0.0.3");

@@ -91,7 +91,9 @@ TEST(UpdateCycle, DispatchGoesByServerTypeAndKind) {
     answer = 3;
     InkQuantities inks;
     StatusText status;
-    const auto ask = [&](PrinterRecord printer) { return queryPrinter(printer, inks, status, kTable); };
+    const auto ask = [&](PrinterRecord printer) {
+        return queryPrinter(printer, inks, status, kTable);
+    };
     EXPECT_EQ(ask(recordOf("Network", "port9100:10.0.0.1")), 3);
     EXPECT_EQ(ask(recordOf("Network", "lpd:10.0.0.1")), 0);
     EXPECT_EQ(ask(recordOf("network", "port9100:10.0.0.1")), 0);

@@ -12,7 +12,9 @@ namespace {
 using Octets = std::vector<std::uint8_t>;
 
 Octets repeated(std::uint8_t byte, std::size_t count) {
-    return Octets(count, byte);
+    Octets all;
+    all.assign(count, byte);
+    return all;
 }
 
 Octets joined(std::initializer_list<Octets> parts) {

@@ -46,7 +46,8 @@ std::string_view firstEpsonCommand(const PrinterRecord& printer) {
 EpsonLink remoteLink(std::string_view commandType, const Target& target, InkQuantities& record,
                      BoundedText& status) {
     return {commandType, [&, variant = epsonVariant(commandType)] {
-                return tcpEpsonRCInquiry(target.host, target.port, variant, status, record, nullptr);
+                return tcpEpsonRCInquiry(target.host, target.port, variant, status, record,
+                                         nullptr);
             }};
 }
 
