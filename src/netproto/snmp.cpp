@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cstdio>
 #include <optional>
 
 #include "ink/byte_helpers.h"
@@ -33,20 +34,30 @@ constexpr bool holdsBytes(std::uint32_t tag) {
 }
 
 struct Tlv {
-    std::uint32_t tag;
+    std::uint32_t tag = 0;
     Bytes content;
-    std::size_t size;  // header and content
+    std::size_t length = 0;  // of the content, as announced
+    std::size_t size = 0;    // header and content, as announced
 };
 
-// The next TLV; nothing when it is not wholly there. The reader then stays where it was.
-std::optional<Tlv> takeTlv(ByteReader& reader) {
+// The next TLV; of one that was cut off, as much of its content as is there: what stands first in
+// it may be sound.
+std::optional<Tlv> enterTlv(ByteReader& reader) {
     const Bytes rest = reader.rest();
     const std::size_t header = berOffset(rest);
     if (header == 0) return std::nullopt;
     const std::size_t length = berLength(rest);
-    if (length > rest.size() - header) return std::nullopt;
     reader.skip(header);
-    return Tlv{rest[0], reader.take(length), header + length};
+    return Tlv{rest[0], reader.take(std::min(length, reader.remaining())), length, header + length};
+}
+
+// The next TLV; nothing when it is not wholly there. The reader then stays where it was.
+std::optional<Tlv> takeTlv(ByteReader& reader) {
+    ByteReader ahead = reader;
+    const auto tlv = enterTlv(ahead);
+    if (!tlv || tlv->content.size() < tlv->length) return std::nullopt;
+    reader = ahead;
+    return tlv;
 }
 
 void decode(const Tlv& tlv, SnmpValue& value) {
@@ -60,6 +71,11 @@ void decode(const Tlv& tlv, SnmpValue& value) {
 std::uint32_t takeNumber(ByteReader& reader) {
     const auto tlv = takeTlv(reader);
     return tlv ? static_cast<std::uint32_t>(b2i(tlv->content)) : 0;
+}
+
+void clearStart(MutableBytes output) {
+    constexpr std::size_t kCleared = 8;
+    std::ranges::fill(output.first(std::min(kCleared, output.size())), std::uint8_t{0});
 }
 
 void appendTlv(ByteWriter& writer, std::uint32_t tag, Bytes content) {
@@ -132,22 +148,26 @@ struct Head {
 
 std::optional<Head> parseHead(Bytes packet) {
     ByteReader whole(packet);
-    const auto message = takeTlv(whole);
+    const auto message = enterTlv(whole);
     if (!message) return std::nullopt;
     ByteReader inside(message->content);
     const auto version = takeTlv(inside);
     const auto community = takeTlv(inside);
-    const auto pdu = takeTlv(inside);
+    const auto pdu = enterTlv(inside);
     if (!version || !community || !pdu) return std::nullopt;
     ByteReader fields(pdu->content);
     const std::uint32_t requestId = takeNumber(fields);
     const std::uint32_t errorStatus = takeNumber(fields);
     const std::uint32_t errorIndex = takeNumber(fields);
-    return Head{*message,       static_cast<std::uint32_t>(b2i(version->content)),
-                version->size,  asText(community->content),
-                *pdu,           requestId,
-                errorStatus,    errorIndex,
-                takeTlv(fields)};
+    return Head{*message,
+                static_cast<std::uint32_t>(b2i(version->content)),
+                version->size,
+                asText(community->content),
+                *pdu,
+                requestId,
+                errorStatus,
+                errorIndex,
+                enterTlv(fields)};
 }
 
 // The next binding of a list; false when it is not sound.
@@ -156,11 +176,20 @@ bool takeBinding(ByteReader& list, SnmpVarBind& binding) {
     if (!sequence) return false;
     ByteReader inside(sequence->content);
     const auto oid = takeTlv(inside);
-    if (!oid ||
-        berGetValue3(inside.rest(), binding.valueType, binding.value, binding.valueLength) == 0)
+    if (!oid || oid->tag != ber_tags::objectIdentifier) return false;
+    if (berGetValue3(inside.rest(), binding.valueType, binding.value, binding.valueLength) == 0)
         return false;
     objid2str(binding.oid, oid->content);
     return true;
+}
+
+// All of the number or nothing: a part of it would name another object.
+bool appendArc(BoundedText& text, std::int32_t arc) {
+    FixedText<16> number;
+    number.format(text.empty() ? "%d" : ".%d", arc);
+    const bool fits = number.size() <= text.capacity() - text.size();
+    if (fits) text.append(number.view());
+    return fits;
 }
 
 std::string_view pduName(std::uint32_t pduType) {
@@ -181,7 +210,7 @@ std::string_view pduName(std::uint32_t pduType) {
 }
 
 void dumpValue(BoundedText& text, const SnmpVarBind& binding) {
-    const std::string words = cleanText(binding.value.text.view());
+    const std::string words = cleanText(binding.value.text.c_str());
     switch (binding.valueType) {
         case ber_tags::integer:
             text.appendFormat("v = %d \n", binding.value.number);
@@ -204,10 +233,11 @@ void dumpHead(BoundedText& text, const Head& head) {
     const std::uint32_t tag = head.message.tag;
     text.appendFormat("header len = %c %d \n",
                       tag > ' ' && tag < 0x7F ? static_cast<char>(tag) : '?',
-                      static_cast<int>(head.message.content.size()));
+                      static_cast<int>(head.message.length));
     text.appendFormat("version = %d len = %d\n", static_cast<int>(head.version),
                       static_cast<int>(head.versionSize));
-    text.appendFormat("community = %s \n", cleanText(head.community).c_str());
+    text.appendFormat("community = %s \n",
+                      cleanText(textBeforeNul(asBytes(head.community))).c_str());
     text.appendFormat("PDU Type = %02x len = %d", head.pdu.tag, static_cast<int>(head.pdu.size));
     text.append(pduName(head.pdu.tag));
     text.appendFormat("requestID = %d \n", static_cast<int>(head.requestId));
@@ -250,8 +280,7 @@ std::size_t mkBerPkt(Bytes content, MutableBytes output) {
 }
 
 std::size_t mkBER(std::uint32_t tag, std::int32_t number, std::size_t length, MutableBytes output) {
-    constexpr std::size_t kCleared = 8;
-    std::ranges::fill(output.first(std::min(kCleared, output.size())), std::uint8_t{0});
+    clearStart(output);
     ByteWriter writer(output);
     writer.u8(static_cast<std::uint8_t>(tag));
     if (tag == ber_tags::integer && length == 1)
@@ -261,6 +290,7 @@ std::size_t mkBER(std::uint32_t tag, std::int32_t number, std::size_t length, Mu
 }
 
 std::size_t mkBER(std::uint32_t tag, Bytes content, MutableBytes output) {
+    clearStart(output);
     if (output.empty()) return 0;
     output[0] = static_cast<std::uint8_t>(tag);
     if (tag == ber_tags::null) return mkBerPkt(Bytes(), output);
@@ -272,7 +302,7 @@ std::size_t objid2str(BoundedText& text, Bytes content) {
     text.clear();
     ByteReader reader(content);
     if (!content.empty() && content[0] == kIsoOrg) {
-        text.append("1.3.");
+        text.append("1.3");
         reader.skip(1);
     }
     std::uint32_t arc = 0;
@@ -280,10 +310,9 @@ std::size_t objid2str(BoundedText& text, Bytes content) {
         const std::uint8_t byte = reader.u8();
         arc = arc << 7 | (byte & 0x7FU);
         if ((byte & 0x80) != 0) continue;
-        text.appendFormat("%d.", static_cast<int>(arc));
+        if (!appendArc(text, static_cast<std::int32_t>(arc))) break;
         arc = 0;
     }
-    if (!text.empty()) text.assign(text.view().substr(0, text.size() - 1));
     return text.size();
 }
 
@@ -310,7 +339,7 @@ std::size_t inet10tobjid(std::string_view dotted, MutableBytes output) {
 std::size_t berGetValue3(Bytes tlv, std::uint32_t& tag, SnmpValue& value, std::uint32_t& length) {
     ByteReader reader(tlv);
     const auto taken = takeTlv(reader);
-    const Tlv element = taken.value_or(Tlv{0, {}, 0});
+    const Tlv element = taken.value_or(Tlv{});
     tag = element.tag;
     length = static_cast<std::uint32_t>(element.content.size());
     decode(element, value);
@@ -374,6 +403,13 @@ std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet) {
         dumpValue(text, binding);
     }
     return 0;
+}
+
+std::uint32_t dumpSnmpPacket(Bytes packet) {
+    FixedText<4096> text;
+    const std::uint32_t result = sdumpSnmpPacket(text, packet);
+    std::printf("%s", text.c_str());
+    return result;
 }
 
 }  // namespace tintoral

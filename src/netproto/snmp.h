@@ -1,9 +1,10 @@
 // SNMP version 1 (RFC 1157) as far as printers need it: a message record, the Basic Encoding Rules
 // (X.690) for the types that printers answer with, and one exchange over UDP port 161.
 //
-//   message   30 len | 02 01 00 version | 04 06 "public" | PDU
-//   PDU       A0..A4 len | 02 04 request-id | 02 01 error-status | 02 01 error-index | 30 len
-//   bindings binding   30 len | 06 len OID | value
+//   message    30 len | 02 01 00 version | 04 06 "public" | PDU
+//   PDU        A0..A4 len | 02 04 request-id | 02 01 error-status | 02 01 error-index | bindings
+//   bindings   30 len | binding...
+//   binding    30 len | 06 len OID | value
 //
 // Lengths are understood and written in three forms: one byte below 128, 81 and one byte, 82 and
 // two bytes. A packet is foreign: whatever does not fit its announced lengths is not read, and what
@@ -33,8 +34,8 @@ inline constexpr std::uint32_t octetString = 4;
 inline constexpr std::uint32_t null = 5;
 inline constexpr std::uint32_t objectIdentifier = 6;
 inline constexpr std::uint32_t sequence = 48;
-inline constexpr std::uint32_t integerLike =
-    50;  // no meaning in SNMP; written like a counter, as meant
+// No meaning in SNMP; written like a counter, as meant.
+inline constexpr std::uint32_t integerLike = 50;
 inline constexpr std::uint32_t ipAddress = 64;
 inline constexpr std::uint32_t counter = 65;
 inline constexpr std::uint32_t gauge = 66;
@@ -97,7 +98,8 @@ std::size_t mkBER(std::uint32_t tag, std::int32_t number, std::size_t length, Mu
 std::size_t mkBER(std::uint32_t tag, Bytes content, MutableBytes output);
 
 // The dotted text of an encoded OID. A leading 2B is "1.3."; no other first byte is split.
-// Sub-identifiers are shown as signed 32-bit numbers. Result: the number of characters.
+// Sub-identifiers are shown as signed 32-bit numbers; the first that does not fit, or is cut off,
+// ends the text. Result: the number of characters.
 std::size_t objid2str(BoundedText& text, Bytes content);
 
 // Encodes a dotted OID: "1.3." or "2B." becomes 2B, each further number takes one to three bytes of
@@ -118,9 +120,10 @@ std::size_t berGetValue3(Bytes tlv, std::uint32_t& tag, SnmpValue& value, std::u
 // OIDs).
 std::size_t mkSNMPSrcPacket(MutableBytes output, const SnmpMessage& message);
 
-// Decodes a received packet into the record, whose bindings are cleared first. Further bindings
-// than ten are dropped. Neither the request-id nor the error-status is judged; callers go by the
-// OIDs. Result: the number of bindings.
+// Decodes a received packet into the record, which is cleared first. Of a packet that was cut off,
+// the bindings that are whole are there. Further bindings than ten are dropped. Neither the
+// request-id nor the error-status is judged; callers go by the OIDs. Result: the number of
+// bindings.
 int parseSnmpPacket(Bytes packet, SnmpMessage& message);
 
 // One exchange with port 161 of `host` (name or dotted address): two attempts of 100 ms each.
@@ -131,5 +134,8 @@ int snmpSendAndReceive(const std::string& host, Bytes packet, MutableBytes reply
 
 // Appends a readable dump of the packet, as far as it is sound. Result: 0.
 std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet);
+
+// Prints the dump, at most 4 KB of it, to standard output. Result: 0.
+std::uint32_t dumpSnmpPacket(Bytes packet);
 
 }  // namespace tintoral
