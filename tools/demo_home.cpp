@@ -100,6 +100,11 @@ int select(std::string_view id) {
     return defaults.synchronize() ? 0 : 1;
 }
 
+std::string levelInWords(std::int64_t level) {
+    if (level >= 0) return std::to_string(level) + " %";
+    return level == kLevelSomeRemaining ? "not empty" : "unknown";
+}
+
 void printLevels(const PrinterRecord& printer) {
     std::printf("%s: %s\n", printer.text(keys::printerName).c_str(),
                 printer.text(keys::printerStatus).c_str());
@@ -107,8 +112,8 @@ void printLevels(const PrinterRecord& printer) {
     if (!inkDict) return;
     for (const std::string& color :
          inkDict->texts(keys::colors).value_or(std::vector<std::string>())) {
-        std::printf("  %-24s %4d %%\n", color.c_str(),
-                    static_cast<int>(inkDict->integer(color).value_or(0)));
+        std::printf("  %-20s %10s\n", color.c_str(),
+                    levelInWords(inkDict->integer(color).value_or(0)).c_str());
     }
 }
 

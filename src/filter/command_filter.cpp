@@ -10,6 +10,7 @@
 #include "filter/marker_line.h"
 #include "history/ink_history_store.h"
 #include "ink/color_vocabulary.h"
+#include "records/ink_dict.h"
 #include "records/model_table.h"
 #include "records/printer_record.h"
 #include "support/clock.h"
@@ -121,17 +122,6 @@ std::string textOr(const Dictionary* printer, std::string_view key, std::string_
     return text ? *text : std::string(fallback);
 }
 
-// Full inks of the known colours: what a reply without colours or levels of its own leaves
-// standing.
-InkQuantities recordOfColors(const std::vector<std::string>& colors) {
-    InkQuantities record;
-    const std::size_t count = std::min(colors.size(), InkQuantities::kCapacity);
-    record.count = static_cast<std::int8_t>(count);
-    for (std::size_t i = 0; i < count; ++i)
-        record.entries[i] = {colorIDByColorName(colors[i]), 100};
-    return record;
-}
-
 int queryPrinter(const Dictionary* printer, InkQuantities& record, const FilterPorts& ports) {
     StatusText status;
     return getInkStatusByBackend(
@@ -147,14 +137,6 @@ std::vector<std::string> reportedColors(const InkQuantities& record, int count) 
         colors.emplace_back(colorNameByColorID(entry.colorID));
     }
     return colors;
-}
-
-Dictionary inkDictionary(const std::vector<std::string>& colors, const InkQuantities& record) {
-    Dictionary reading{{std::string(keys::colors), colors},
-                       {std::string(keys::date), currentDate()}};
-    const std::size_t count = std::min(colors.size(), record.entries.size());
-    for (std::size_t i = 0; i < count; ++i) reading.set(colors[i], int{record.entries[i].level});
-    return reading;
 }
 
 int writeMarkers(const std::vector<std::string>& colors, const InkQuantities& record,
@@ -237,11 +219,12 @@ int getInkStatusByBackend(std::string_view maker, std::string_view model,
 
 int ReportLevels(const Dictionary* printer, std::string_view printerId, const FilterPorts& ports) {
     std::vector<std::string> colors = knownColors(printer);
-    InkQuantities record = recordOfColors(colors);
+    InkQuantities record;
+    prefillQuantities(colors, record);
     const int count = queryPrinter(printer, record, ports);
     if (count < 1) return count;
     if (colors.empty()) colors = reportedColors(record, count);
-    saveInkReadings(inkDictionary(colors, record), printerId);
+    saveInkReadings(makeInkDict(colors, record, currentDate()), printerId);
     return writeMarkers(colors, record, ports.attributes);
 }
 
