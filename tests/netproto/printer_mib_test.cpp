@@ -21,13 +21,15 @@ constexpr const char* kHost = "10.77.0.11";
 
 SnmpPrinter fourSupplies() {
     SnmpPrinter printer;
-    printer.supplies = {{"Black Cartridge", 70, 35}, {"Cyan", 100, -2}, {"Magenta", 100, -3}, {"Yellow", 100, 0}};
+    printer.supplies = {
+        {"Black Cartridge", 70, 35}, {"Cyan", 100, -2}, {"Magenta", 100, -3}, {"Yellow", 100, 0}};
     return printer;
 }
 
 std::vector<int> levels(const InkQuantities& record) {
     std::vector<int> result;
-    for (std::size_t i = 0; i < record.usableCount(); ++i) result.push_back(record.entries[i].level);
+    for (std::size_t i = 0; i < record.usableCount(); ++i)
+        result.push_back(record.entries[i].level);
     return result;
 }
 
@@ -49,7 +51,8 @@ TEST(PrinterMib, ReadsStatusAndLevels) {
 TEST(PrinterMib, StopsAtTenSupplies) {
     NEEDS_AGENT();
     SnmpPrinter printer;
-    for (int i = 1; i <= 12; ++i) printer.supplies.push_back({"Supply " + std::to_string(i), 100, i});
+    for (int i = 1; i <= 12; ++i)
+        printer.supplies.push_back({"Supply " + std::to_string(i), 100, i});
     const SnmpAgent agent(kHost, printer);
     InkQuantities record;
     SupplyRows rows;
@@ -126,11 +129,12 @@ test::UdpPeer::Script answeringWith(Twist twist) {
 
 TEST(PrinterMib, AnswersOutsideTheColumnEndTheWalk) {
     const test::UdpPeer peer(kHost, 161, answeringWith([](SnmpMessage& message) {
-        for (SnmpVarBind& binding : message.varBinds) {
-            if (!binding.oid.empty()) binding.oid.assign("1.3.6.1.4.1.8072.1");
-            binding.valueType = ber_tags::integer;
-        }
-    }));
+                                 for (SnmpVarBind& binding : message.varBinds) {
+                                     if (!binding.oid.empty())
+                                         binding.oid.assign("1.3.6.1.4.1.8072.1");
+                                     binding.valueType = ber_tags::integer;
+                                 }
+                             }));
     StatusText status;
     InkQuantities record;
     SupplyNames names;
@@ -141,10 +145,11 @@ TEST(PrinterMib, AnswersOutsideTheColumnEndTheWalk) {
 
 TEST(PrinterMib, APeerThatNeverLeavesTheColumnIsLeftAfterTenRounds) {
     const test::UdpPeer peer(kHost, 161, answeringWith([](SnmpMessage& message) {
-        for (SnmpVarBind& binding : message.varBinds) binding.valueType = ber_tags::integer;
-        message.varBinds[6].value.number = 1;
-        message.varBinds[7].value.number = 0x7FFFFFFF;
-    }));
+                                 for (SnmpVarBind& binding : message.varBinds)
+                                     binding.valueType = ber_tags::integer;
+                                 message.varBinds[6].value.number = 1;
+                                 message.varBinds[7].value.number = 0x7FFFFFFF;
+                             }));
     InkQuantities record;
     SupplyRows rows;
     EXPECT_EQ(pmibGetSupplies(kHost, rows, record, nullptr), 10);
@@ -152,7 +157,8 @@ TEST(PrinterMib, APeerThatNeverLeavesTheColumnIsLeftAfterTenRounds) {
 }
 
 TEST(PrinterMib, GarbageIsNoSupply) {
-    for (const std::string_view garbage : {"\x30", "\x30\x84\xff\xff\xff\xff", "\x30\x82\xff\xff\x02\x01", "GET / "}) {
+    for (const std::string_view garbage :
+         {"\x30", "\x30\x84\xff\xff\xff\xff", "\x30\x82\xff\xff\x02\x01", "GET / "}) {
         const test::UdpPeer peer(kHost, 161, [garbage](Bytes) {
             return std::optional(test::Datagram(garbage.begin(), garbage.end()));
         });

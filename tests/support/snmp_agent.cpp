@@ -39,14 +39,18 @@ std::string objectsOf(const SnmpPrinter& printer) {
     out << ".1.3.6.1.2.1.25.3.2.1.3.1 string " << printer.description << "\n"
         << ".1.3.6.1.2.1.25.3.5.1.1.1 integer " << printer.status << "\n"
         << ".1.3.6.1.2.1.25.3.5.1.2.1 octet " << printer.errors << "\n";
-    for (std::size_t i = 0; i < printer.supplies.size(); ++i) writeSupply(out, printer.supplies[i], i + 1);
-    if (!printer.deviceID.empty()) out << ".1.3.6.1.4.1.11.2.3.9.1.1.7.0 string " << printer.deviceID << "\n";
+    for (std::size_t i = 0; i < printer.supplies.size(); ++i)
+        writeSupply(out, printer.supplies[i], i + 1);
+    if (!printer.deviceID.empty())
+        out << ".1.3.6.1.4.1.11.2.3.9.1.1.7.0 string " << printer.deviceID << "\n";
     return out.str();
 }
 
 }  // namespace
 
-bool hasSnmpAgent() { return std::system("command -v snmpd >/dev/null 2>&1") == 0; }
+bool hasSnmpAgent() {
+    return std::system("command -v snmpd >/dev/null 2>&1") == 0;
+}
 
 SnmpAgent::SnmpAgent(const std::string& address, const SnmpPrinter& printer) {
     change(printer);
@@ -54,7 +58,8 @@ SnmpAgent::SnmpAgent(const std::string& address, const SnmpPrinter& printer) {
     const std::string state = folder_ / "state";
     pid_ = ::fork();
     if (pid_ == 0) {
-        ::execl(kStartScript, kStartScript, address.c_str(), objects.c_str(), state.c_str(), nullptr);
+        ::execl(kStartScript, kStartScript, address.c_str(), objects.c_str(), state.c_str(),
+                nullptr);
         ::_exit(127);
     }
     waitUntilReady(address);
@@ -66,7 +71,9 @@ SnmpAgent::~SnmpAgent() {
     ::waitpid(pid_, nullptr, 0);
 }
 
-void SnmpAgent::change(const SnmpPrinter& printer) { writeFile(folder_ / "objects", objectsOf(printer)); }
+void SnmpAgent::change(const SnmpPrinter& printer) {
+    writeFile(folder_ / "objects", objectsOf(printer));
+}
 
 void SnmpAgent::waitUntilReady(const std::string& address) {
     constexpr int kAttempts = 25;  // of 200 ms

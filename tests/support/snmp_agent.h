@@ -19,8 +19,8 @@ struct SnmpSupply {
 
 struct SnmpPrinter {
     std::string description = "Acme Color 100";
-    int status = 3;               // hrPrinterStatus: 3 idle, 4 printing, 5 warm-up
-    std::string errors = "00";    // hrPrinterDetectedErrorState as hex bytes
+    int status = 3;             // hrPrinterStatus: 3 idle, 4 printing, 5 warm-up
+    std::string errors = "00";  // hrPrinterDetectedErrorState as hex bytes
     std::vector<SnmpSupply> supplies;
     std::string deviceID;  // HP's object; none when empty
 };
