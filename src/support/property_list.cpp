@@ -164,9 +164,9 @@ Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::v
 Dictionary::Dictionary(std::vector<Entry> entries) : entries_(std::move(entries)) {
     std::ranges::reverse(entries_);  // so that the last of equal keys is the one that stays
     std::ranges::stable_sort(entries_, keyLess);
-    const auto repeated =
-        std::ranges::unique(entries_, [](const Entry& a, const Entry& b) { return a.first == b.first; });
-    entries_.erase(repeated.begin(), repeated.end());
+    const auto sameKey = [](const Entry& a, const Entry& b) { return a.first == b.first; };
+    // std::ranges::unique yields a subrange, which clang 14 cannot compile with this library.
+    entries_.erase(std::unique(entries_.begin(), entries_.end(), sameKey), entries_.end());
 }
 
 std::vector<Dictionary::Entry>::const_iterator Dictionary::position(std::string_view key) const {
