@@ -110,7 +110,7 @@ Value fromNode(plist_t node) {
         case PLIST_DATA: return dataFromNode(node);
         case PLIST_ARRAY: return arrayFromNode(node);
         case PLIST_DICT: return dictionaryFromNode(node);
-        default: return Value();
+        default: return {};
     }
 }
 
