@@ -38,7 +38,7 @@ bool isHistoryOrAbsent(const PropertyListFile& file) {
 }
 
 Array takeEntries(PropertyListFile& file) {
-    Array* entries = file.root.as<Array>();
+    auto* entries = file.root.as<Array>();
     return entries ? std::move(*entries) : Array();
 }
 

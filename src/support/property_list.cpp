@@ -121,7 +121,7 @@ Value fromNode(plist_t node) {
         case PLIST_DICT:
             return dictionaryFromNode(node);
         default:
-            return Value();
+            return {};
     }
 }
 

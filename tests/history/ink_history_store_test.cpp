@@ -1,6 +1,7 @@
 #include "history/ink_history_store.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 
 #include <cmath>
 #include <limits>
@@ -178,7 +179,7 @@ TEST_F(InkHistoryStore, ABadHistoryIsKeptOutsideTheFolderBeforeANewOneBegins) {
     EXPECT_EQ(readFile(path), "damaged");
 }
 
-TEST_F(InkHistoryStore, KeepsForeignEntriesFollowsLinksAndSurvivesAFullDisk) {
+TEST_F(InkHistoryStore, KeepsForeignEntriesFollowsLinksAndSurvivesAFullDiskAndACrash) {
     prepareHistoryFolder();
     writeFile(home_ / "elsewhere", formatPropertyList(Array{"text", 5, Array(), reading(9, 1)}));
     fs::create_symlink(home_ / "elsewhere", historyFolder() / "X");
@@ -190,6 +191,15 @@ TEST_F(InkHistoryStore, KeepsForeignEntriesFollowsLinksAndSurvivesAFullDisk) {
     {
         const test::FullDisk full;
         EXPECT_FALSE(saveInkReadingsForPrinterId(large, "X"));
+        const pid_t child = ::fork();
+        if (child == 0) {  // dies in the middle of the write, leaving what it leaves
+            std::signal(SIGXFSZ, SIG_DFL);
+            saveInkReadingsForPrinterId(large, "X");
+            ::_exit(0);
+        }
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        EXPECT_TRUE(WIFSIGNALED(status));
     }
     EXPECT_EQ(entriesOf(home_ / "elsewhere").size(), 6U);
     EXPECT_EQ(listed(), 1);
