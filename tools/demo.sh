@@ -37,7 +37,7 @@ updated() { [ "$HOME/.config/Tintoral/Tintoral.plist" -nt "$demo/before" ] && [ 
 window_id() { xdotool search --onlyvisible --name '^Tintoral$' 2>/dev/null | head -n 1; }
 
 start_xvfb() {
-    Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp 3>"$demo/display" 2>/dev/null & children+=($!)
+    Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp -noreset 3>"$demo/display" 2>/dev/null & children+=($!)
     wait_until 10 test -s "$demo/display"
     export DISPLAY=:$(cat "$demo/display") QT_QPA_PLATFORM=xcb
     unset WAYLAND_DISPLAY

@@ -15,7 +15,8 @@ mkdir -p "$HOME"
 defaults=$HOME/.config/Tintoral/Tintoral.plist
 fail() { echo "FAILED: $*" >&2; exit 1; }
 
-Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp 3>/run/display 2>/dev/null &
+# Without -noreset the server is away for a moment when the first run of the program ends.
+Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp -noreset 3>/run/display 2>/dev/null &
 wait_until 10 test -s /run/display || fail "no Xvfb"
 export DISPLAY=:$(cat /run/display)
 
