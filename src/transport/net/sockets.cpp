@@ -42,20 +42,23 @@ int remainingMs(Steady::time_point deadline) {
     return static_cast<int>(std::clamp<milliseconds::rep>(left, 0, INT_MAX));
 }
 
-// Waits until one of `events` is there: 1, 0 on time-out, -1 with errno set. A signal does not
-// stretch the wait, and poll() knows no limit to a descriptor's number as select() does.
-int waitFor(int socket, short events, milliseconds timeout) {
-    const auto deadline = Steady::now() + timeout;
-    pollfd entry{socket, events, 0};
+int pollUntil(Steady::time_point deadline, pollfd& entry) {
     int result = 0;
     do {
         result = ::poll(&entry, 1, remainingMs(deadline));
     } while (result < 0 && errno == EINTR);
-    if (result > 0 && (entry.revents & POLLNVAL) != 0) {
-        errno = EBADF;
-        return -1;
-    }
     return result;
+}
+
+// Waits until one of `events` is there: 1, 0 on time-out, -1 with errno set. A signal does not
+// stretch the wait, and poll() knows no limit to a descriptor's number as select() does.
+int waitFor(int socket, short events, milliseconds timeout) {
+    pollfd entry{socket, events, 0};
+    // poll() waits for a negative descriptor in silence, and only marks one that is not open.
+    const int result = socket < 0 ? -1 : pollUntil(Steady::now() + timeout, entry);
+    if (socket >= 0 && (entry.revents & POLLNVAL) == 0) return result;
+    errno = EBADF;
+    return -1;
 }
 
 void waitUntil(Steady::time_point deadline) {
