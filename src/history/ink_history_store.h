@@ -1,8 +1,17 @@
 // The ink history: one property-list file per printer, an array of inkDicts, oldest first.
 //
-// The files lie directly in "library/Application Support/Tintoral" below the home folder and bear the printer's
-// "printerId" as their name. No folder is ever made out of a printer's name: an id that is no plain file name has no
-// history. Files are replaced atomically and never trimmed; a damaged one is kept aside before a new one begins.
+//   ~/library/Application Support/                    temporary files while a history is replaced
+//   ~/library/Application Support/Tintoral/ID         the history of the printer whose "printerId"
+//   is ID
+//   ~/library/Application Support/Tintoral damaged/   histories that could not be read, kept aside
+//
+// Everything in the middle folder counts as a printer with a history, so nothing else is ever put
+// there, not even by a crash. No folder is made out of a printer's name: an id that is no plain
+// file name (empty, ".", "..", with a slash or a NUL, longer than 255 bytes) has no history. Files
+// are replaced atomically and never trimmed. Symbolic links are followed; where one leads to
+// another file system, the temporary file lies beside the file it points to.
+//
+// Entries that are no dictionaries (of a file that was edited since) are kept as they are.
 #pragma once
 
 #include <filesystem>
@@ -13,20 +22,35 @@
 
 namespace tintoral {
 
-// The history folder. Its parents are made by prepareHistoryFolder(), never by a reading.
+// The history folder, whether it exists or not; empty for a person without a home folder.
 std::filesystem::path historyFolder();
 
-// Makes the folder and its parents; no error when that cannot be done (readings are then not stored).
+// Makes the folder and its parents below the home folder; nothing else makes them. No error when
+// that cannot be done: readings are then not stored.
 void prepareHistoryFolder();
 
-// Stores one update. A run of equal readings is kept as its first and last entry where their dates allow (see the
-// source). False when nothing was stored.
+// Stores one update. A history that is damaged, of the wrong root type or unreadable is kept aside,
+// with one line on standard error, and a new one begins. False when nothing was stored: no plain
+// file name, no folder, a failed write (which leaves the old file whole), or a bad file that cannot
+// be kept aside. None of these is reported.
 bool saveInkReadingsForPrinterId(Dictionary inkDict, std::string_view printerId);
 
-// The last entry of a printer's history, or nothing.
+// The last entry of a printer's history; nothing when there is none that can be read.
 std::optional<Dictionary> lastLevelForPrinterId(std::string_view printerId);
 
-// The command filter's way to store: appends to a history that exists and removes the middle of three equal readings.
+// The command filter's way to store: appends to a history that exists and removes the middle of
+// three equal readings. Writes nothing where there is no history with at least one entry, or it
+// cannot be read.
 void saveInkReadings(const Dictionary& inkDict, std::string_view printerId);
+
+// What the two ways to store do to the entries.
+
+// Appends the update with "Date" = now; or, where it and the last two entries are equal, moves the
+// last one's "Date" to now (see the source for what is compared).
+void addReading(Array& history, Dictionary inkDict, Date now);
+
+// Appends the update as it is and removes the middle of three entries with equal sums, as often as
+// there are any.
+void addReadingCompacted(Array& history, const Dictionary& inkDict);
 
 }  // namespace tintoral

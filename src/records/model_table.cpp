@@ -1,8 +1,8 @@
 #include "records/model_table.h"
 
-#include <cstdio>
 #include <string>
 
+#include "support/report.h"
 #include "support/resources.h"
 
 namespace tintoral {
@@ -12,7 +12,7 @@ ModelTable ModelTable::load(const std::filesystem::path& path) {
     if (file.state == FileState::Absent) file.reason = path.string() + ": missing";
     if (auto* entries = file.root.as<Dictionary>()) return ModelTable(std::move(*entries));
     if (file.reason.empty()) file.reason = path.string() + ": not a dictionary";
-    std::fprintf(stderr, "Tintoral: the model table cannot be used: %s\n", file.reason.c_str());
+    reportLine("the model table cannot be used: " + file.reason);
     return {};
 }
 

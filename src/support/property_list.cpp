@@ -1,25 +1,23 @@
 #include "support/property_list.h"
 
-#include <fcntl.h>
 #include <plist/plist.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cstdlib>
 #include <limits>
 #include <memory>
 
+#include "support/file_read.h"
 #include "support/file_replace.h"
+#include "support/folders.h"
 #include "support/text.h"
-#include "support/unique_fd.h"
+#include "support/xml_nesting.h"
 
 namespace tintoral {
 namespace {
 
 constexpr int kMaximumDepth = 64;
-constexpr off_t kMaximumFileSize = 64 << 20;
+constexpr std::size_t kMaximumFileSize = 64 << 20;
 constexpr Date kLibraryEpoch = std::chrono::sys_days{std::chrono::year{2001} / 1 / 1};
 
 struct PlistDeleter {
@@ -34,8 +32,8 @@ using MallocPtr = std::unique_ptr<T, MallocDeleter>;
 
 bool keyLess(const Dictionary::Entry& a, const Dictionary::Entry& b) { return a.first < b.first; }
 
-// From the library's nodes. Every function yields nothing where the nesting is too deep.
-std::optional<Value> fromNode(plist_t node, int depth);
+// From the library's nodes.
+Value fromNode(plist_t node);
 
 Value textFromNode(plist_t node) {
     std::uint64_t length = 0;
@@ -74,7 +72,7 @@ Value dataFromNode(plist_t node) {
     return Data(bytes, bytes + (bytes ? length : 0));
 }
 
-std::optional<Value> arrayFromNode(plist_t node, int depth) {
+Value arrayFromNode(plist_t node) {
     Array array;
     plist_array_iter rawIterator = nullptr;
     plist_array_new_iter(node, &rawIterator);
@@ -83,13 +81,11 @@ std::optional<Value> arrayFromNode(plist_t node, int depth) {
         plist_t item = nullptr;
         plist_array_next_item(node, iterator.get(), &item);
         if (!item) return array;
-        auto value = fromNode(item, depth);
-        if (!value) return std::nullopt;
-        array.push_back(*std::move(value));
+        array.push_back(fromNode(item));
     }
 }
 
-std::optional<Value> dictionaryFromNode(plist_t node, int depth) {
+Value dictionaryFromNode(plist_t node) {
     std::vector<Dictionary::Entry> entries;
     plist_dict_iter rawIterator = nullptr;
     plist_dict_new_iter(node, &rawIterator);
@@ -100,14 +96,11 @@ std::optional<Value> dictionaryFromNode(plist_t node, int depth) {
         plist_dict_next_item(node, iterator.get(), &rawKey, &item);
         const MallocPtr<char> key(rawKey);
         if (!item) return Dictionary(std::move(entries));
-        auto value = fromNode(item, depth);
-        if (!value) return std::nullopt;
-        entries.emplace_back(key ? key.get() : "", *std::move(value));
+        entries.emplace_back(key ? key.get() : "", fromNode(item));
     }
 }
 
-std::optional<Value> fromNode(plist_t node, int depth) {
-    if (depth > kMaximumDepth) return std::nullopt;
+Value fromNode(plist_t node) {
     switch (plist_get_node_type(node)) {
         case PLIST_STRING: return textFromNode(node);
         case PLIST_UINT: return integerFromNode(node);
@@ -115,8 +108,8 @@ std::optional<Value> fromNode(plist_t node, int depth) {
         case PLIST_BOOLEAN: return flagFromNode(node);
         case PLIST_DATE: return dateFromNode(node);
         case PLIST_DATA: return dataFromNode(node);
-        case PLIST_ARRAY: return arrayFromNode(node, depth + 1);
-        case PLIST_DICT: return dictionaryFromNode(node, depth + 1);
+        case PLIST_ARRAY: return arrayFromNode(node);
+        case PLIST_DICT: return dictionaryFromNode(node);
         default: return Value();
     }
 }
@@ -162,26 +155,6 @@ struct NodeBuilder {
 
 PropertyListFile failure(FileState state, const std::filesystem::path& path, std::string_view why) {
     return {state, {}, path.string() + ": " + std::string(why)};
-}
-
-PropertyListFile systemFailure(const std::filesystem::path& path) {
-    const std::error_code error(errno, std::generic_category());
-    return failure(FileState::Unreadable, path, error.message());
-}
-
-// The whole content of a regular file of known size; nothing on a read error.
-std::optional<std::string> readAll(int fd, std::size_t size) {
-    std::string content(size, '\0');
-    std::size_t filled = 0;
-    while (filled < size) {
-        const ssize_t count = ::read(fd, content.data() + filled, size - filled);
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) return std::nullopt;
-        if (count == 0) break;
-        filled += static_cast<std::size_t>(count);
-    }
-    content.resize(filled);
-    return content;
 }
 
 }  // namespace
@@ -268,10 +241,11 @@ bool operator==(const Dictionary& a, const Dictionary& b) { return a.entries_ ==
 Value::Value(const std::vector<std::string>& texts) : storage_(Array(texts.begin(), texts.end())) {}
 
 std::optional<Value> parsePropertyList(std::string_view xml) {
+    if (!nestsWithin(xml, kMaximumDepth)) return std::nullopt;
     plist_t root = nullptr;
     plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
     const PlistPtr owner(root);
-    return root ? fromNode(root, 0) : std::nullopt;
+    return root ? std::optional(fromNode(root)) : std::nullopt;
 }
 
 std::string formatPropertyList(const Value& root) {
@@ -284,15 +258,12 @@ std::string formatPropertyList(const Value& root) {
 }
 
 PropertyListFile readPropertyListFile(const std::filesystem::path& path) {
-    const UniqueFd fd(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK));
-    if (!fd.valid()) return errno == ENOENT ? PropertyListFile{} : systemFailure(path);
-    struct stat info {};
-    if (::fstat(fd.get(), &info) != 0) return systemFailure(path);
-    if (!S_ISREG(info.st_mode)) return failure(FileState::Unreadable, path, "not a file");
-    if (info.st_size > kMaximumFileSize) return failure(FileState::Damaged, path, "too large");
-    const auto content = readAll(fd.get(), static_cast<std::size_t>(info.st_size));
-    if (!content) return systemFailure(path);
-    auto root = parsePropertyList(*content);
+    std::error_code error;
+    const std::string content = readFileStart(path, kMaximumFileSize + 1, error);
+    if (error == std::errc::no_such_file_or_directory) return {};
+    if (error) return failure(FileState::Unreadable, path, error.message());
+    if (content.size() > kMaximumFileSize) return failure(FileState::Damaged, path, "too large");
+    auto root = parsePropertyList(content);
     if (!root) return failure(FileState::Damaged, path, "not a property list");
     return {FileState::Loaded, *std::move(root), {}};
 }
@@ -304,17 +275,21 @@ std::error_code writePropertyListFile(const std::filesystem::path& path, const V
     return replaceFile(path, xml, temporaryFolder);
 }
 
-std::filesystem::path keepAside(const std::filesystem::path& path) {
+std::filesystem::path keepAside(const std::filesystem::path& path,
+                                const std::filesystem::path& folder) {
     constexpr int kAttempts = 1000;
-    std::filesystem::path aside = path;
-    aside += ".damaged";
-    std::error_code error;
-    for (int n = 2; std::filesystem::exists(aside, error) && n < kAttempts; ++n) {
-        aside = path;
-        aside += ".damaged-" + std::to_string(n);
+    constexpr std::size_t kLongestStem = 240;  // of the 255 bytes that a file name may have
+    if (!folder.empty() && makeFolders(folder)) return {};
+    const auto stem = path.filename().string().substr(0, kLongestStem) + ".damaged";
+    const auto asideFolder = folder.empty() ? path.parent_path() : folder;
+    for (int n = 1; n < kAttempts; ++n) {
+        const auto aside = asideFolder / (n == 1 ? stem : stem + "-" + std::to_string(n));
+        std::error_code error;
+        if (std::filesystem::exists(std::filesystem::symlink_status(aside, error))) continue;
+        std::filesystem::rename(path, aside, error);
+        return error ? std::filesystem::path() : aside;
     }
-    std::filesystem::rename(path, aside, error);
-    return error ? std::filesystem::path() : aside;
+    return {};
 }
 
 }  // namespace tintoral

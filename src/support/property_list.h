@@ -124,8 +124,11 @@ PropertyListFile readPropertyListFile(const std::filesystem::path& path);
 std::error_code writePropertyListFile(const std::filesystem::path& path, const Value& root,
                                       const std::filesystem::path& temporaryFolder = {});
 
-// Renames a damaged file to its name plus ".damaged" (".damaged-2" and so on when that is taken), so that nothing
-// in it is lost when a new one is written. The new name, or an empty path when it could not be renamed.
-std::filesystem::path keepAside(const std::filesystem::path& path);
+// Renames a damaged file to its name plus ".damaged" (".damaged-2" and so on when that is taken), so
+// that nothing in it is lost when a new one is written. It stays in its folder, or goes to `folder`
+// on the same file system, which is made when missing. The new path, or an empty one when the file
+// could not be renamed and is still where it was.
+std::filesystem::path keepAside(const std::filesystem::path& path,
+                                const std::filesystem::path& folder = {});
 
 }  // namespace tintoral

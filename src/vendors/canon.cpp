@@ -113,7 +113,7 @@ std::int8_t lowByteOfNumber(std::string_view text) {
 bool takeInk(std::string_view& field, InkEntry& entry) {
     if (field.starts_with(',')) field.remove_prefix(1);
     const auto equals = field.find('=');
-    if (equals == field.npos) return false;
+    if (equals == std::string_view::npos) return false;
     const std::string_view name = field.substr(0, equals);
     field.remove_prefix(equals + 1);
     const std::string_view value = field.substr(0, field.find(','));
@@ -126,7 +126,7 @@ bool takeInk(std::string_view& field, InkEntry& entry) {
 
 std::size_t mkCanonStatusInquire(std::string_view model, MutableBytes buffer,
                                  std::string_view commandSet) {
-    if (commandSet.find("IVEC") != commandSet.npos) return kCanonIvecStatusRequest.size();
+    if (commandSet.find("IVEC") != std::string_view::npos) return kCanonIvecStatusRequest.size();
     return frame(buffer, requestText(model));
 }
 

@@ -100,7 +100,7 @@ constexpr std::array<Bytes, kHPDiagnosticRequests> kDiagnosticPml{kModelNamePml,
 
 bool containsAny(std::string_view text, std::span<const std::string_view> words) {
     return std::any_of(words.begin(), words.end(),
-                       [text](auto word) { return text.find(word) != text.npos; });
+                       [text](auto word) { return text.find(word) != std::string_view::npos; });
 }
 
 // Up to three decimal digits at the start of `text`.
@@ -150,7 +150,7 @@ InkEntry penOfRecord(std::string_view hex) {
 // The field from `tag` (which it keeps) to the next ";" or the end.
 std::optional<std::string_view> fieldFrom(std::string_view text, std::string_view tag) {
     const auto at = text.find(tag);
-    if (at == text.npos) return std::nullopt;
+    if (at == std::string_view::npos) return std::nullopt;
     const std::string_view field = text.substr(at);
     return field.substr(0, field.find(';', tag.size()));
 }
@@ -190,7 +190,7 @@ int parseHPDeviceID(std::string_view deviceID, BoundedText& status, InkQuantitie
 int parseVStatus(std::string_view field, InkQuantities& record, BoundedText& status) {
     record.clear();
     for (const StateWord& state : kStateWords) {
-        if (field.find(state.word) != field.npos) status.assign(state.text);
+        if (field.find(state.word) != std::string_view::npos) status.assign(state.text);
     }
     int count = 0;
     if (const auto pen = findPen(field, kBlackPen)) {

@@ -34,14 +34,14 @@ int parseHPDeviceID(std::string_view deviceID, BoundedText& status, InkQuantitie
 
 // The "VSTATUS:" field: the last known state word sets the status text (none leaves it), "K" the
 // black pen and "C" the colour pen. The record is cleared first. As meant, the colour pen is always
-// the second entry, also where it is the only one counted; a pen whose level is missing counts as
-// an empty entry. Result: the number of pens, 0 to 2.
+// the second entry, also where it is the only one counted. A level has up to three digits, its low
+// byte is kept; a pen whose level is missing counts as an empty entry. Result: the number of pens,
+// 0 to 2.
 int parseVStatus(std::string_view field, InkQuantities& record, BoundedText& status);
 
 // The "S:" field, with or without its leading ";S:" or "S:". The status text is left alone but for
-// an unknown version
-// ("Version missing at deviceID.", count 0, result -1). Result: the number of pens, at most 15, and
-// no more than the field has room for.
+// an unknown version ("Version missing at deviceID.", count 0, result -1). Result: the number of
+// pens, at most 15 and no more than the field holds.
 int parseSStatus(std::string_view field, InkQuantities& record, BoundedText& status);
 
 // The "DWS:" field: warning codes of four characters, each of which sets the level of one colour;

@@ -10,22 +10,15 @@ namespace {
 
 TEST(SetIQ, UpdatesAKnownColorAndAppendsANewOne) {
     InkQuantities record;
-    setIQByColorID(record, 4, 10);
+    const int inSignedForm = 137 - 256;
+    setIQByColorID(record, inSignedForm, 10);
     setIQByColorID(record, 5, 20);
-    setIQByColorID(record, 4, 30);
+    setIQByColorID(record, inSignedForm, 30);
     EXPECT_EQ(record.count, 2);
-    EXPECT_EQ(record.entries[0], (InkEntry{4, 30}));
+    EXPECT_EQ(record.entries[0], (InkEntry{137, 30}));
     EXPECT_EQ(record.entries[1], (InkEntry{5, 20}));
-}
-
-TEST(SetIQ, ColorsAbove127AreFoundInSignedFormOnly) {
-    InkQuantities record;
-    setIQByColorID(record, static_cast<std::int8_t>(137), 10);
-    setIQByColorID(record, static_cast<std::int8_t>(137), 20);
-    EXPECT_EQ(record.count, 1);
-    setIQByColorID(record, 137, 30);
-    EXPECT_EQ(record.count, 2);
-    EXPECT_EQ(record.entries[1], (InkEntry{137, 30}));
+    setIQByColorID(record, 137, 40);  // not found in this form
+    EXPECT_EQ(record.count, 3);
 }
 
 TEST(SetIQ, OldColorsAfterTheCountAreSteppedOverUpToSlotEleven) {

@@ -96,14 +96,16 @@ TEST(HPWarnings, KnownCodesSetLevels) {
     }
 }
 
-const std::string kEnter = "\033E\033%-12345X@PJL ENTER LANGUAGE=PCL3GUI\n";
-const std::string kLeave = "\033E\033%-12345X";
+std::string framed(const std::string& query) {
+    std::string command = "\033E\033%-12345X@PJL ENTER LANGUAGE=PCL3GUI\n";
+    return command.append(query).append("\033E\033%-12345X");
+}
 
 TEST(HPCommands, CleaningFollowsTheCommandSet) {
     const std::string pml("\x04\0\x06\x01\x04\x01\x05\x01\x01\x04\x01\x64", 12);
     std::array<std::uint8_t, 130> buffer{};
     EXPECT_EQ(mkHPCleaningCmd("PJL,PML,BIDI", buffer), 72U);
-    EXPECT_EQ(asText(Bytes(buffer).first(72)), kEnter + "\033&b16WPML " + pml + kLeave);
+    EXPECT_EQ(asText(Bytes(buffer).first(72)), framed("\033&b16WPML " + pml));
     EXPECT_EQ(mkHPCleaningCmd("MLC,PCL,PML", buffer), 12U);
     EXPECT_EQ(asText(Bytes(buffer).first(12)), pml);
     buffer.fill(1);
@@ -121,7 +123,7 @@ TEST(HPCommands, DiagnosticRequestsResetBeforeTheQuery) {
     for (int i = 0; i < kHPDiagnosticRequests; ++i) {
         const std::size_t size = mkHPDiagnosticRequest(i, buffer);
         EXPECT_EQ(size, i == 0 ? 69U : 72U);
-        EXPECT_EQ(asText(Bytes(buffer).first(size)), kEnter + queries[i] + kLeave);
+        EXPECT_EQ(asText(Bytes(buffer).first(size)), framed(queries[i]));
     }
     EXPECT_EQ(mkHPDiagnosticRequest(3, buffer), 0U);
     EXPECT_EQ(mkHPDiagnosticRequest(-1, buffer), 0U);

@@ -71,7 +71,7 @@ std::optional<std::string_view> findDescription(std::string_view deviceID) {
     if (!text) return std::nullopt;
     const std::string_view run = untilSemicolon(*text);
     const bool valid = run.size() >= kShortestDescription &&
-                       run.find_first_of(kWhiteSpace) != run.npos &&
+                       run.find_first_of(kWhiteSpace) != std::string_view::npos &&
                        std::any_of(run.begin(), run.end(), isAsciiLetter);
     return valid ? text : std::nullopt;
 }

@@ -1,0 +1,91 @@
+#include "filter/window_loader.h"
+
+#include <dlfcn.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "support/report.h"
+#include "support/resources.h"
+
+namespace tintoral {
+namespace {
+
+constexpr char kUsage[] =
+    "tintoral: the ink levels of your printers\n"
+    "\n"
+    "  tintoral              opens the window\n"
+    "  tintoral JOB USER TITLE COPIES OPTIONS [FILE]\n"
+    "                        runs as a CUPS command filter: reads Clean, PrintSelfTestPage\n"
+    "                        and ReportLevels, a line each, from FILE or standard input\n"
+    "  tintoral --version    prints the version\n"
+    "  tintoral --help       prints this text\n";
+
+struct Option {
+    std::string_view name;
+    const char* text;
+};
+
+constexpr Option kOptions[] = {
+    {"--help", kUsage},
+    {"--version", "tintoral " TINTORAL_VERSION "\n"},
+};
+
+bool answered(std::string_view argument) {
+    const auto* option = std::ranges::find(kOptions, argument, &Option::name);
+    if (option == std::end(kOptions)) return false;
+    std::fputs(option->text, stdout);
+    return true;
+}
+
+bool isSet(const char* variable) {
+    const char* value = std::getenv(variable);
+    return value && *value != '\0';
+}
+
+bool displayIsNamed() {
+    constexpr const char* kVariables[] = {"DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"};
+    return std::ranges::any_of(kVariables, isSet);
+}
+
+using ApplicationMain = int (*)(int argc, char** argv);
+
+// Null when the module is missing, damaged or no module of this program; dlerror() then has the
+// reason.
+ApplicationMain loadApplicationMain() {
+    const std::string path = moduleFolder() / "libtintoral-window.so";
+    void* module = ::dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
+    if (!module) return nullptr;
+    return reinterpret_cast<ApplicationMain>(::dlsym(module, "applicationMain"));
+}
+
+int failed(const std::string& reason) {
+    reportLine(reason);
+    return 1;
+}
+
+int openWindow(int argc, char** argv) {
+    if (!displayIsNamed()) {
+        return failed(
+            "there is no display to open a window on (DISPLAY and WAYLAND_DISPLAY are not set)");
+    }
+    const ApplicationMain applicationMain = loadApplicationMain();
+    if (applicationMain) return applicationMain(argc, argv);
+    const char* reason = ::dlerror();
+    return failed("the window module (package tintoral-window) cannot be loaded: " +
+                  std::string(reason ? reason : "it has no entry point"));
+}
+
+}  // namespace
+
+int startWindow(int argc, char** argv) {
+    const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
+    if (std::ranges::any_of(arguments, answered)) return 0;
+    return openWindow(argc, argv);
+}
+
+}  // namespace tintoral

@@ -1,0 +1,71 @@
+#include "records/model_merge.h"
+
+#include <algorithm>
+#include <string>
+
+namespace tintoral {
+namespace {
+
+struct CommandTypeRule {
+    std::string_view recorded;
+    std::string_view listed;
+};
+
+// Where the table's variant replaces the recorded one. The rest stays, as meant: a learned "RC0" is
+// never replaced, while a learned "RC1" falls back to the table's "RC" at every merge.
+constexpr CommandTypeRule kReplacements[] = {{"RC1", "RC"}, {"RC1", "D4"}, {"RC", "D4"}};
+
+struct MaintenanceCommand {
+    std::string_view key;
+    std::string_view title;
+};
+
+constexpr MaintenanceCommand kMaintenanceCommands[] = {
+    {keys::nozzleCleaning, "Nozzle Cleaning"},
+    {keys::printNozzleCheckPattern, "Print Nozzle Check Pattern"},
+    {keys::cleaningAndTestPrint, "Cleaning and Test Print"},
+};
+
+std::string makerAndModel(const PrinterRecord& record) {
+    const std::string maker = record.text(keys::makerName);
+    const std::string model = record.text(keys::modelName);
+    return maker.empty() || model.empty() ? std::string() : maker + " " + model;
+}
+
+bool isReplaced(std::string_view recorded, std::string_view listed) {
+    return recorded.empty() || std::ranges::any_of(kReplacements, [&](const CommandTypeRule& rule) {
+               return rule.recorded == recorded && rule.listed == listed;
+           });
+}
+
+void mergeColors(PrinterRecord& record, const Dictionary& entry) {
+    if (const Array* colors = entry.array(keys::colors)) record.set(keys::colors, *colors);
+}
+
+void mergeCommandType(PrinterRecord& record, const Dictionary& entry) {
+    const std::string listed = entry.text(model_keys::commandType);
+    if (listed.empty() || !isReplaced(record.text(keys::commandType), listed)) return;
+    record.set(keys::commandType, listed);
+}
+
+void setMaintenanceCommands(PrinterRecord& record, const Array& options) {
+    for (const auto& [key, title] : kMaintenanceCommands) {
+        record.remove(key);
+        if (std::ranges::find(options, Value(title)) != options.end()) record.set(key, kYes);
+    }
+}
+
+}  // namespace
+
+void updatePrinterDict(PrinterRecord& record, const ModelTable& models,
+                       std::optional<std::string_view> key) {
+    const std::string name = key ? std::string(*key) : makerAndModel(record);
+    if (name.empty()) return;
+    const Dictionary* entry = models.find(name);
+    if (entry) mergeColors(record, *entry);
+    if (entry) mergeCommandType(record, *entry);
+    const Array* options = entry ? entry->array(model_keys::options) : nullptr;
+    setMaintenanceCommands(record, options ? *options : Array());
+}
+
+}  // namespace tintoral

@@ -1,0 +1,12 @@
+// What the program has to say to the person without a window: one line on standard error.
+#pragma once
+
+#include <string_view>
+
+namespace tintoral {
+
+// Writes "Tintoral: " and the line. Control characters are dropped (cleanText), so that the name of
+// a file or of a printer cannot begin a line of its own.
+void reportLine(std::string_view line);
+
+}  // namespace tintoral
