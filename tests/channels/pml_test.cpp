@@ -25,7 +25,9 @@ TEST(PML, ElementsAreWritten) {
     } rows[] = {
         {0, "2.11.1.1.6.1.1", "0007020B0101060101"},
         {0, "", "0000"},
-        {0, "1..300.x", "00040100" "2C00"},
+        {0, "1..300.x",
+         "00040100"
+         "2C00"},
         {4, 0x01020304, "040401020304"},
         {8, -2, "0804FFFFFFFE"},
         {32, 5, "200400000005"},
@@ -33,11 +35,12 @@ TEST(PML, ElementsAreWritten) {
         {20, "ink", "14"},
         {12, 7, "0C"},
         {99, 7, "63"},
-        {4, "7", ""},   // a text is no number
+        {4, "7", ""},  // a text is no number
         {16, 7, ""},
         {16, text, ""},  // its length would not fit a byte
     };
-    for (const auto& row : rows) EXPECT_EQ(element(row.type, row.value), row.bytes) << int{row.type};
+    for (const auto& row : rows)
+        EXPECT_EQ(element(row.type, row.value), row.bytes) << int{row.type};
     std::array<std::uint8_t, 5> small{};
     EXPECT_EQ(makePMLBER(small, 4, 1), 0U);
 }
@@ -101,8 +104,8 @@ TEST(PML, RepliesAreReadOrRefused) {
     EXPECT_EQ(response.value.length, 6U);
     EXPECT_EQ(response.value.number, 0);
 
-    for (const auto* malformed : {"", "80", "8000", "8000 04020102 0401FF", "8000 00FF01", "8000 000101 1009FF",
-                                  "8000 000101"}) {
+    for (const auto* malformed : {"", "80", "8000", "8000 04020102 0401FF", "8000 00FF01",
+                                  "8000 000101 1009FF", "8000 000101"}) {
         EXPECT_EQ(parsePMLResponse(bytesOfHex(malformed), response), -1) << malformed;
         EXPECT_EQ(response.value.text.view(), "") << malformed;
     }

@@ -27,7 +27,8 @@ struct SocketPair {
     }
     void say(std::string_view hex) const {
         const ByteVector bytes = bytesOfHex(hex);
-        ASSERT_EQ(::send(printer.get(), bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
+        ASSERT_EQ(::send(printer.get(), bytes.data(), bytes.size(), 0),
+                  static_cast<ssize_t>(bytes.size()));
     }
     IoHandle handle() const { return TcpSocket{program.get()}; }
 
@@ -53,7 +54,8 @@ TEST(SocketPackets, ArriveWholeOrNotAtAll) {
     } rows[] = {
         {"a packet", "00000009010080000A", "00000009010080000A"},
         {"longer than the buffer", "00000014" + std::string(32, 'A'), "00000014AAAAAAAAAAAAAAAA"},
-        {"far longer than the buffer", "00000800" + std::string(4088, 'A'), "00000800AAAAAAAAAAAAAAAA"},
+        {"far longer than the buffer", "00000800" + std::string(4088, 'A'),
+         "00000800AAAAAAAAAAAAAAAA"},
         {"a length inside the prefix", "00000002", "00000002"},
     };
     for (const auto& row : rows) {
@@ -95,7 +97,9 @@ TEST(StreamPackets, AreReadOnceAndOnceMore) {
         {"three transfers: one more is read", {"00000009", "0100", "80000A"}, "000000090100"},
         {"nothing after the first", {"0000000901"}, ""},
         {"too short to have a length", {"000000"}, "000000"},
-        {"longer than the buffer", {"00000014" + std::string(24, 'A'), "BBBBBB", "CC"}, "00000014AAAAAAAAAAAAAAAA"},
+        {"longer than the buffer",
+         {"00000014" + std::string(24, 'A'), "BBBBBB", "CC"},
+         "00000014AAAAAAAAAAAAAAAA"},
     };
     for (const auto& row : rows) {
         TestClock clock;

@@ -13,7 +13,7 @@
 namespace tintoral::test {
 
 struct D4EpsonSetup {
-    PacketHabits habits;
+    PacketHabits habits = {};
     bool leftInPacketMode = false;
     std::vector<std::pair<int, int>> inks{
         {0, 60}, {1, 42}, {2, 31}, {3, 80}};  // Epson's colour code, percent

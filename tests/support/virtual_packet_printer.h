@@ -25,14 +25,17 @@ enum class CreditHabit {
 struct PacketHabits {
     CreditHabit credit = CreditHabit::Grants;
     std::uint16_t creditOnOpen = 0;
-    std::uint16_t dataCreditField = 0;    // credit and control byte of its data packets
-    std::optional<std::uint8_t> refuses;  // this command fails (result 1)
-    std::optional<std::uint8_t> errorTo;  // this command is answered by an Error packet,
-    std::optional<std::uint8_t> wrongTo;  // this one by the reply to another command,
-    std::optional<std::uint8_t> lateTo;   // and the reply to this one waits for the next packet
+    std::uint16_t dataCreditField = 0;  // credit and control byte of its data packets
+    std::optional<std::uint8_t> refuses = std::nullopt;  // this command fails (result 1)
+    std::optional<std::uint8_t> errorTo =
+        std::nullopt;  // this command is answered by an Error packet,
+    std::optional<std::uint8_t> wrongTo =
+        std::nullopt;  // this one by the reply to another command,
+    std::optional<std::uint8_t> lateTo =
+        std::nullopt;  // and the reply to this one waits for the next packet
     int packetsUntilSilent = std::numeric_limits<int>::max();
-    std::optional<std::uint16_t> claimedLength;  // in the header of all it sends
-    ByteVector chatter;                          // sent whenever it has nothing else to say
+    std::optional<std::uint16_t> claimedLength = std::nullopt;  // in the header of all it sends
+    ByteVector chatter = {};  // sent whenever it has nothing else to say
 };
 
 class VirtualPacketPrinter {

@@ -39,7 +39,7 @@ constexpr milliseconds kCreditPause{1};
 
 // A printer that talks without end may hold up a read no longer than this.
 constexpr int kPacketsPerRead = 64;
-constexpr std::chrono::seconds kReadLimit{10};
+constexpr std::chrono::seconds kReadLimit{4};
 constexpr std::size_t kDataPacketRoom = kPacketHeaderSize + kD4PayloadRoom;
 
 constexpr std::string_view kEnterPacketMode("\0\0\0\x1B\x01@EJL 1284.4\n@EJL\n@EJL\n", 27);
@@ -77,7 +77,7 @@ int init(D4Channel& channel) {
 }
 
 int findSocket(D4Channel& channel, std::string_view service) {
-    std::array<std::uint8_t, sizeof channel.command> payload;
+    std::array<std::uint8_t, sizeof channel.command - kPacketHeaderSize> payload;
     ByteWriter writer(payload);
     writer.u8(kGetSocketID).text(service);
     if (writer.failed()) return 1;

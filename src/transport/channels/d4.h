@@ -57,7 +57,7 @@ std::unique_ptr<D4Channel> D4open(const IoHandle& handle, std::string_view servi
 int D4write(D4Channel& channel, Bytes data);
 
 // Grants the printer one packet and waits for it. Packets of other sockets are dropped and
-// transactions answered, up to 64 packets and for about 10 s. `length` is what was copied to
+// transactions answered, up to 64 packets and for about 4 s. `length` is what was copied to
 // `buffer` (kD4PayloadRoom bytes hold all). Result: 0; -1 when nothing came, the channel allows no
 // packets this way, or the credit was refused; -1 as well, as meant, when a credit of an earlier
 // read was still open, though the packet is then read and copied.
