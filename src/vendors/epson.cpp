@@ -12,7 +12,7 @@
 namespace tintoral {
 namespace {
 
-using std::string_view_literals::operator""sv;
+using namespace std::string_view_literals;
 
 // Remote-mode building blocks; a remote command is two letters, a 16-bit length (low byte first)
 // and its argument.
@@ -251,7 +251,7 @@ int readBinaryFields(ByteReader& reader, int remaining, BoundedText& status,
     int count = 0;
     while (remaining >= 1) {
         const std::uint8_t code = reader.u8();
-        const int length = reader.s8();
+        const std::int8_t length = reader.s8();
         if (length < 0) break;
         const Bytes data = reader.take(static_cast<std::size_t>(length));
         if (reader.failed()) break;
@@ -318,8 +318,8 @@ constexpr std::array kReplyParsers{
 }  // namespace
 
 int epsonVariant(std::string_view commandType) {
-    if (commandType == "RC0") return 0;
-    return commandType == "RC1" ? 1 : 2;
+    if (commandType == epson_commands::rc0) return 0;
+    return commandType == epson_commands::rc1 ? 1 : 2;
 }
 
 std::size_t mkEpsonStatusInquire(MutableBytes buffer, int variant) {

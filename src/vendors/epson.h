@@ -1,11 +1,10 @@
 // Epson's remote-mode status language: the commands as bytes, and the three forms of reply. Pure:
 // nothing here opens a connection (see epson_exchange.h).
 //
-//   variant   command type   status request                         reply
-//   0         "RC0"          ink quantity ("IQ")                    "@BDC ST\r..." text
-//   1         "RC1"          reply interval on, status 01           "@BDC ST2\r\n..." binary or
-//   text 2         any other      reply interval on, status 11           "@BDC ST2\r\n..." binary
-//   or text
+//   variant   command type   status request                    reply
+//   0         "RC0"          ink quantity ("IQ")               "@BDC ST\r..." text
+//   1         "RC1"          reply interval on, status 01      "@BDC ST2\r\n..." binary, or text
+//   2         any other      reply interval on, status 11      "@BDC ST2\r\n..." binary, or text
 //
 // Laser printers answer "@EJL STATUS CODE=" followed by hex text.
 #pragma once
@@ -19,6 +18,14 @@
 #include "support/fixed_text.h"
 
 namespace tintoral {
+
+// The command types, as a record's "commandType" names them.
+namespace epson_commands {
+inline constexpr std::string_view d4 = "D4";
+inline constexpr std::string_view rc = "RC";
+inline constexpr std::string_view rc1 = "RC1";
+inline constexpr std::string_view rc0 = "RC0";
+}  // namespace epson_commands
 
 // 0 for "RC0", 1 for "RC1", 2 for anything else.
 int epsonVariant(std::string_view commandType);

@@ -14,13 +14,6 @@
 
 namespace tintoral {
 
-namespace epson_commands {
-inline constexpr std::string_view d4 = "D4";
-inline constexpr std::string_view rc = "RC";
-inline constexpr std::string_view rc1 = "RC1";
-inline constexpr std::string_view rc0 = "RC0";
-}  // namespace epson_commands
-
 // One variant and how to ask with it: the number of inks, 0 or less when that failed. Without an
 // inquiry the link counts as a printer that cannot be reached (-1).
 struct EpsonLink {

@@ -10,7 +10,7 @@
 namespace tintoral {
 namespace {
 
-using std::string_literals::operator""s;
+using namespace std::string_literals;
 
 constexpr const char* kHeader =
     "0000001B0140454A4C20313238342E340A40454A4C20202020200A1B40"

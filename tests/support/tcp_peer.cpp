@@ -1,0 +1,137 @@
+#include "support/tcp_peer.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/time.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <system_error>
+#include <utility>
+
+#include "transport/net/sockets.h"
+
+namespace tintoral::test {
+namespace {
+
+using std::chrono::milliseconds;
+using Steady = std::chrono::steady_clock;
+
+constexpr milliseconds kTick{10};
+constexpr milliseconds kLongestSilence{30000};
+
+[[noreturn]] void fail(const char* what) {
+    throw std::system_error(errno, std::generic_category(), what);
+}
+
+bool readable(int socket) {
+    pollfd entry{socket, POLLIN, 0};
+    return ::poll(&entry, 1, static_cast<int>(kTick.count())) > 0;
+}
+
+void sleepUnlessStopped(const std::stop_token& stop, milliseconds duration) {
+    const auto end = Steady::now() + duration;
+    while (!stop.stop_requested() && Steady::now() < end) {
+        std::this_thread::sleep_for(std::min<Steady::duration>(kTick, end - Steady::now()));
+    }
+}
+
+// A client that stops reading holds the peer up no longer than this.
+void boundSends(int socket) {
+    const timeval limit{2, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
+}
+
+void resetOnClose(int socket) {
+    const linger now{1, 0};
+    ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
+}
+
+}  // namespace
+
+TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
+                 TcpManners manners)
+    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)),
+      script_(std::move(script)),
+      manners_(manners) {
+    constexpr int kQueue = 8;
+    const int on = 1;
+    ::setsockopt(socket_.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    sockaddr_in own{};
+    resolveIpv4(address, port, own);
+    const auto* const name = reinterpret_cast<const sockaddr*>(&own);
+    if (::bind(socket_.get(), name, sizeof own) != 0) fail("TcpPeer: bind");
+    if (::listen(socket_.get(), kQueue) != 0) fail("TcpPeer: listen");
+    thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
+}
+
+TcpPeer::~TcpPeer() {
+    thread_.request_stop();
+    thread_.join();
+}
+
+TcpManners TcpPeer::manners() const {
+    const std::lock_guard lock(mutex_);
+    return manners_;
+}
+
+void TcpPeer::setManners(TcpManners manners) {
+    const std::lock_guard lock(mutex_);
+    manners_ = manners;
+}
+
+bool TcpPeer::waitForClients(int count, milliseconds timeout) {
+    const auto end = Steady::now() + timeout;
+    while (Steady::now() < end) {
+        {
+            const std::lock_guard lock(mutex_);
+            if (clientsServed_ >= count) return true;
+        }
+        std::this_thread::sleep_for(kTick);
+    }
+    return false;
+}
+
+void TcpPeer::serve(const std::stop_token& stop) {
+    while (!stop.stop_requested()) {
+        if (!readable(socket_.get())) continue;
+        UniqueFd client(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        if (!client.valid()) continue;
+        serveClient(stop, std::move(client));
+        const std::lock_guard lock(mutex_);
+        ++clientsServed_;
+    }
+}
+
+void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
+    boundSends(client.get());
+    script_.opened();
+    std::array<std::uint8_t, 4096> buffer{};
+    auto lastHeard = Steady::now();
+    while (!stop.stop_requested() && Steady::now() - lastHeard < kLongestSilence) {
+        if (!readable(client.get())) continue;
+        const ssize_t count = ::recv(client.get(), buffer.data(), buffer.size(), 0);
+        if (count <= 0) return;
+        lastHeard = Steady::now();
+        const Bytes request = Bytes(buffer).first(static_cast<std::size_t>(count));
+        if (!answer(stop, client.get(), request)) return;
+    }
+}
+
+bool TcpPeer::answer(const std::stop_token& stop, int client, Bytes request) {
+    const std::vector<std::uint8_t> reply = script_.received(request);
+    const TcpManners how = manners();
+    if (how.resets) resetOnClose(client);
+    if (how.resets || how.silent || reply.empty()) return !how.resets;
+    sleepUnlessStopped(stop, how.delay);
+    ByteReader rest(Bytes(reply).first(std::min(how.atMost, reply.size())));
+    while (!rest.atEnd() && !stop.stop_requested()) {
+        const Bytes piece = rest.take(std::min(how.pieceSize, rest.remaining()));
+        if (::send(client, piece.data(), piece.size(), MSG_NOSIGNAL) < 0) return false;
+        sleepUnlessStopped(stop, how.pieceGap);
+    }
+    return true;
+}
+
+}  // namespace tintoral::test

@@ -1,0 +1,65 @@
+// A TCP server on a thread of its own that lends a virtual printer an address and a port, with
+// manners that can be bad on request. One client at a time; the next one waits in the queue.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <limits>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "support/byte_reader.h"
+#include "support/unique_fd.h"
+
+namespace tintoral::test {
+
+// What is behind the port. Both run on the peer's thread.
+struct TcpScript {
+    std::function<void()> opened = [] {};  // a client came
+    std::function<std::vector<std::uint8_t>(Bytes)> received;
+};
+
+// How the peer answers.
+struct TcpManners {
+    std::chrono::milliseconds delay{0};                            // before each answer
+    std::size_t atMost = std::numeric_limits<std::size_t>::max();  // bytes of each answer
+    std::size_t pieceSize = std::numeric_limits<std::size_t>::max();
+    std::chrono::milliseconds pieceGap{0};  // after each piece
+    bool silent = false;                    // hears all, says nothing
+    bool resets = false;                    // breaks the connection on the first byte
+};
+
+class TcpPeer {
+  public:
+    // Listens at once; throws std::system_error when the address is taken. A client that is silent
+    // for 30 s is sent away.
+    TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
+            TcpManners manners = {});
+    ~TcpPeer();
+    TcpPeer(const TcpPeer&) = delete;
+    TcpPeer& operator=(const TcpPeer&) = delete;
+
+    void setManners(TcpManners manners);
+
+    // Waits until `count` clients have come and gone, so that all they sent has been heard; false
+    // when that takes longer than `timeout`.
+    bool waitForClients(int count, std::chrono::milliseconds timeout = std::chrono::seconds(5));
+
+  private:
+    void serve(const std::stop_token& stop);
+    void serveClient(const std::stop_token& stop, UniqueFd client);
+    bool answer(const std::stop_token& stop, int client, Bytes request);
+    TcpManners manners() const;
+
+    UniqueFd socket_;
+    TcpScript script_;
+    mutable std::mutex mutex_;
+    TcpManners manners_;
+    int clientsServed_ = 0;
+    std::jthread thread_;
+};
+
+}  // namespace tintoral::test
