@@ -1,5 +1,6 @@
 #include "support/virtual_d4_epson.h"
 
+#include <algorithm>
 #include <string_view>
 
 #include "transport/channels/packet.h"
@@ -87,15 +88,15 @@ void VirtualD4Epson::onData(std::uint8_t socket, Bytes data) {
     const std::string command(asText(data).substr(0, 2));
     commands_.push_back(command);
     if (command == "ch") {
-        for (auto& [color, level] : inks_) level = level > 2 ? level - 2 : 0;
+        for (EpsonInk& ink : inks_) ink.level = std::max(ink.level - 2, 0);
     }
     queueData(socket, bytesOf(command == "st" ? statusReply() : command + ":OK;\f"));
 }
 
 std::string VirtualD4Epson::statusReply() const {
     std::string inks(1, 3);
-    for (const auto& [color, level] : inks_) {
-        inks += {'\x01', static_cast<char>(color), static_cast<char>(level)};
+    for (const EpsonInk& ink : inks_) {
+        inks += {'\x01', static_cast<char>(ink.colorCode), static_cast<char>(ink.level)};
     }
     std::string fields("\x01\x01\x04\x0F", 4);
     fields += static_cast<char>(inks.size());

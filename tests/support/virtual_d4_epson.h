@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "support/virtual_epson.h"
 #include "support/virtual_packet_printer.h"
 
 namespace tintoral::test {
@@ -15,8 +16,7 @@ namespace tintoral::test {
 struct D4EpsonSetup {
     PacketHabits habits = {};
     bool leftInPacketMode = false;
-    std::vector<std::pair<int, int>> inks{
-        {0, 60}, {1, 42}, {2, 31}, {3, 80}};  // Epson's colour code, percent
+    std::vector<EpsonInk> inks{{0, 60}, {1, 42}, {2, 31}, {3, 80}};
 };
 
 class VirtualD4Epson final : public VirtualPacketPrinter {
@@ -41,7 +41,7 @@ class VirtualD4Epson final : public VirtualPacketPrinter {
 
     bool packetMode_;
     bool revision16_ = true;
-    std::vector<std::pair<int, int>> inks_;
+    std::vector<EpsonInk> inks_;
     std::vector<std::string> commands_;
 };
 
