@@ -1,10 +1,10 @@
 // Sending to and receiving from a printer, whatever it is connected by.
 //
-//   selector  transport                     receive                           packet
-//   0         TCP socket                    waitRecv                          header first, then
-//   the rest 1         USB printer                   reads until the time is up        one read,
-//   one more for the rest 2         the command filter's output   nothing, at once nothing, at once
-//   3         USB behind a base station     one read                          as USB
+//   selector  transport                 receive                       packet
+//   0         TCP socket                waitRecv                      header, then the rest
+//   1         USB printer               reads until the time is up    one read, one for the rest
+//   2         the filter's output       nothing, at once              nothing, at once
+//   3         USB at a base station     one read                      as USB
 //
 // The selector is the index of the handle's alternative. Nothing here owns a connection: whoever
 // opened it keeps it open for as long as the handle is used.

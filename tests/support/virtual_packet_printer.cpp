@@ -71,7 +71,7 @@ void VirtualPacketPrinter::say(ByteVector packet) {
     sayAsIs(std::move(packet));
 }
 
-void VirtualPacketPrinter::transaction(std::uint8_t headerCredit, ByteVector payload) {
+void VirtualPacketPrinter::transaction(std::uint8_t headerCredit, const ByteVector& payload) {
     say(packetOn(0, static_cast<std::uint16_t>(headerCredit << 8), payload));
 }
 
@@ -93,7 +93,7 @@ void VirtualPacketPrinter::error() {
     say(packetOn(0, 0, {kError, 0, 0, 0x80}));
 }
 
-void VirtualPacketPrinter::queueData(std::uint8_t socket, ByteVector payload) {
+void VirtualPacketPrinter::queueData(std::uint8_t socket, const ByteVector& payload) {
     data_.push_back(packetOn(socket, habits_.dataCreditField, payload));
 }
 

@@ -22,20 +22,18 @@ enum class CreditHabit {
     ByReverseCredit,  // grants in a transaction of its own, then answers the request with 0
 };
 
+// The bad habits name the command that they concern.
 struct PacketHabits {
     CreditHabit credit = CreditHabit::Grants;
     std::uint16_t creditOnOpen = 0;
-    std::uint16_t dataCreditField = 0;  // credit and control byte of its data packets
-    std::optional<std::uint8_t> refuses = std::nullopt;  // this command fails (result 1)
-    std::optional<std::uint8_t> errorTo =
-        std::nullopt;  // this command is answered by an Error packet,
-    std::optional<std::uint8_t> wrongTo =
-        std::nullopt;  // this one by the reply to another command,
-    std::optional<std::uint8_t> lateTo =
-        std::nullopt;  // and the reply to this one waits for the next packet
+    std::uint16_t dataCreditField = 0;                   // credit and control byte of its data
+    std::optional<std::uint8_t> refuses = std::nullopt;  // replies with result 1
+    std::optional<std::uint8_t> errorTo = std::nullopt;  // replies with an Error packet
+    std::optional<std::uint8_t> wrongTo = std::nullopt;  // replies as to another command
+    std::optional<std::uint8_t> lateTo = std::nullopt;   // replies when the next packet comes
     int packetsUntilSilent = std::numeric_limits<int>::max();
     std::optional<std::uint16_t> claimedLength = std::nullopt;  // in the header of all it sends
-    ByteVector chatter = {};  // sent whenever it has nothing else to say
+    ByteVector chatter = {};                                    // said unasked (PrinterStream only)
 };
 
 class VirtualPacketPrinter {
@@ -58,10 +56,10 @@ class VirtualPacketPrinter {
     virtual void onData(std::uint8_t socket, Bytes data) = 0;
 
     void sayAsIs(ByteVector packet);
-    void transaction(std::uint8_t headerCredit, ByteVector payload);
+    void transaction(std::uint8_t headerCredit, const ByteVector& payload);
     void reply(std::uint8_t headerCredit, std::uint8_t command, const ByteVector& fields);
     void error();
-    void queueData(std::uint8_t socket, ByteVector payload);
+    void queueData(std::uint8_t socket, const ByteVector& payload);
     void addReadCredit(std::uint16_t credit);
 
   private:

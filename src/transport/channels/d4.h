@@ -4,16 +4,18 @@
 //
 //   normal mode -> D4start -> packet mode -> D4open -> write, read ... -> D4close -> normal mode
 //
-//   transaction     payload after the command                    of the reply, used here
-//   Init            revision, 10 or 20                           result
-//   GetSocketID     service name                                 result, socket
-//   OpenChannel     PSID, SSID, 00 C8, 00 C8, then               result, PSID, SSID, both maximum
-//   sizes, then
-//                   00 00 00 00 (revision 16) or FF FF           credit at 14 (revision 16) or 16
-//   CreditRequest   PSID, SSID, then 00 80 FF FF (16) or FF FF   result, PSID, SSID, credit
-//   Credit          PSID, SSID, credit                           result
-//   CloseChannel    PSID, SSID                                   result
-//   Exit            -                                            result
+//   transaction     payload after the command              of the reply, used here
+//   Init            revision, 10 or 20                     result
+//   GetSocketID     service name                           result, socket
+//   OpenChannel     PSID, SSID, 00 C8, 00 C8, then         result, maximum sizes: printer-bound
+//                     revision 16: 00 00 00 00               at 10, host-bound at 12, credit at 14
+//                     other: FF FF                           or, other revision, at 16
+//   CreditRequest   PSID, SSID, then                       result, credit at 10
+//                     revision 16: 00 80 FF FF
+//                     other: FF FF
+//   Credit          PSID, SSID, 00 01                      result
+//   CloseChannel    PSID, SSID                             result
+//   Exit            -                                      result
 //
 // Waits: a receive takes up to 800 ms (1000 ms before packet mode), after a pause of 100 ms in an
 // exchange. Results are integers; nothing is shown to the user.

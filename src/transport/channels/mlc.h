@@ -2,14 +2,15 @@
 // "MLC,PCL,PML") take management requests, over any transport. Packets: packet.h. The channel is
 // always socket 1, and no transaction of ours grants credit in its header.
 //
-//   transaction     payload after the command          of the reply, used here
-//   Init            revision 3                         result
-//   0x07            1, 00 C8, 00 C8, 0                 result, maximum sizes: printer-bound at 8,
-//   host-bound at 10 OpenChannel     PSID, SSID, 00 00                  result, credit at 8
-//   CreditRequest   PSID, SSID, 00 01                  result, credit at 8
-//   Credit          PSID, SSID, 00 01                  result
-//   CloseChannel    PSID, SSID                         result
-//   Exit            -                                  result
+//   transaction     payload after the command     of the reply, used here
+//   Init            revision 3                    result
+//   0x07            1, 00 C8, 00 C8, 0            result, maximum sizes: printer-bound at 8,
+//                                                   host-bound at 10
+//   OpenChannel     PSID, SSID, 00 00             result, credit at 8
+//   CreditRequest   PSID, SSID, 00 01             result, credit at 8
+//   Credit          PSID, SSID, 00 01             result
+//   CloseChannel    PSID, SSID                    result
+//   Exit            -                             result
 //
 // Waits: a receive takes up to 1200 ms. Results are integers; nothing is shown to the user.
 #pragma once
