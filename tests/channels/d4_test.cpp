@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 
 #include "ink/ink_quantities.h"
@@ -163,6 +164,20 @@ TEST_F(D4, BadHabitsEndInAResultInTime) {
     }
 }
 
+TEST_F(D4, PausesAreThoseOfTheProtocol) {
+    const auto pausesOf = [&](const PacketHabits& habits, std::chrono::microseconds length) {
+        VirtualD4Epson printer({.habits = habits});
+        PrinterStream stream(clock, printer);
+        ByteVector reply(kD4PayloadRoom);
+        const auto before = std::ranges::count(clock.pauses(), length);
+        d4GetEpsonInkStatus(UsbPrinter{stream}, reply, nullptr);
+        return std::ranges::count(clock.pauses(), length) - before;
+    };
+    EXPECT_EQ(pausesOf({.credit = CreditHabit::Never}, 1ms), 3);
+    EXPECT_EQ(pausesOf({.errorTo = 0}, 500ms), 1);  // before the second D4open
+    EXPECT_EQ(pausesOf({.errorTo = 0}, 100ms), 2);
+}
+
 TEST_F(D4, Revision32HasFieldsOfItsOwn) {
     VirtualD4Epson printer(
         {.habits = {.credit = CreditHabit::ByReverseCredit}, .leftInPacketMode = true});
@@ -189,6 +204,9 @@ TEST_F(D4, Revision32HasFieldsOfItsOwn) {
         "6569\n";
     EXPECT_EQ(stream.transcript(), expected);
     EXPECT_EQ(channel->sendCredit, 5);
+    const int receives = stream.receives();
+    EXPECT_EQ(D4write(*channel, asBytes("ei")), 0);
+    EXPECT_EQ(stream.receives(), receives);
 }
 
 TEST_F(D4, ASilentPrinterOpensWithSocketZero) {

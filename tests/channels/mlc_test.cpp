@@ -141,6 +141,34 @@ TEST_F(Mlc, TheTenthReceiveComesTooLate) {
     }
 }
 
+TEST_F(Mlc, WithoutCreditItAsksFourTimes) {
+    VirtualMlcHp printer({.credit = CreditHabit::Never});
+    PrinterStream stream(clock, printer);
+    const auto channel = MLCopen(UsbPrinter{stream});
+    ASSERT_NE(channel, nullptr);
+    const int sends = stream.sends();
+    EXPECT_EQ(MLCwrite(*channel, asBytes("x")), -1);
+    EXPECT_EQ(stream.sends() - sends, 4);
+    EXPECT_EQ(clock.pauses(), std::vector<std::chrono::microseconds>(4, 500us));
+
+    ScriptedStream silent(clock, {});
+    const auto before = clock.now();
+    EXPECT_EQ(MLCopen(UsbPrinter{silent}), nullptr);
+    EXPECT_EQ(clock.now() - before, 1200ms);
+}
+
+TEST_F(Mlc, AnExchangeKeepsSixteenBytesAndNoReplyButItsOwn) {
+    ScriptedStream stream(clock, {"00000014000084000001" + std::string(20, '0')});
+    MLCChannel channel = openedOn(stream);
+    setCommand(channel, 0, {0x04, 1, 1, 0, 1});
+    EXPECT_EQ(mlcSendAndReceiveWithReverseCmd(channel), 0);
+    EXPECT_EQ(channel.lastReply().size(), 16U);
+    ScriptedStream others(clock, {"0000000A000083000001"}, true);
+    channel.handle = UsbPrinter{others};
+    EXPECT_EQ(mlcSendAndReceiveWithReverseCmd(channel), 0);
+    EXPECT_TRUE(channel.lastReply().empty());
+}
+
 TEST_F(Mlc, TransactionsOfThePrinterAreAnswered) {
     const struct {
         const char* packet;
