@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <string>
 
+#include "records/maintenance_items.h"
+
 namespace tintoral {
 namespace {
 
@@ -14,17 +16,6 @@ struct CommandTypeRule {
 // Where the table's variant replaces the recorded one. The rest stays, as meant: a learned "RC0" is
 // never replaced, while a learned "RC1" falls back to the table's "RC" at every merge.
 constexpr CommandTypeRule kReplacements[] = {{"RC1", "RC"}, {"RC1", "D4"}, {"RC", "D4"}};
-
-struct MaintenanceCommand {
-    std::string_view key;
-    std::string_view title;
-};
-
-constexpr MaintenanceCommand kMaintenanceCommands[] = {
-    {keys::nozzleCleaning, "Nozzle Cleaning"},
-    {keys::printNozzleCheckPattern, "Print Nozzle Check Pattern"},
-    {keys::cleaningAndTestPrint, "Cleaning and Test Print"},
-};
 
 std::string makerAndModel(const PrinterRecord& record) {
     const std::string maker = record.text(keys::makerName);
@@ -49,9 +40,10 @@ void mergeCommandType(PrinterRecord& record, const Dictionary& entry) {
 }
 
 void setMaintenanceCommands(PrinterRecord& record, const Array& options) {
-    for (const auto& [key, title] : kMaintenanceCommands) {
-        record.remove(key);
-        if (std::ranges::find(options, Value(title)) != options.end()) record.set(key, kYes);
+    for (const MaintenanceItem& item : kMaintenanceItems) {
+        record.remove(item.flagKey);
+        const bool listed = std::ranges::find(options, Value(item.title)) != options.end();
+        if (listed) record.set(item.flagKey, kYes);
     }
 }
 

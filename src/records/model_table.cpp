@@ -18,7 +18,8 @@ ModelTable ModelTable::load(const std::filesystem::path& path) {
 
 const Dictionary* ModelTable::lookUp(std::string_view name) const {
     const Value* value = entries_.find(name);
-    if (const auto* alias = value ? value->as<std::string>() : nullptr) value = entries_.find(*alias);
+    if (const auto* alias = value ? value->as<std::string>() : nullptr)
+        value = entries_.find(*alias);
     return value ? value->as<Dictionary>() : nullptr;
 }
 
@@ -30,6 +31,8 @@ const Dictionary* ModelTable::find(std::string_view makerAndModel) const {
     return lookUp(std::string(makerAndModel).append(kSeries));
 }
 
-std::filesystem::path modelTablePath() { return resourceFolder() / "printers.xml"; }
+std::filesystem::path modelTablePath() {
+    return resourceFolder() / "printers.xml";
+}
 
 }  // namespace tintoral

@@ -1,8 +1,8 @@
 // One printer as the program knows it, and the names of all that is kept about it.
 //
-// A record is a string-keyed dictionary, shared by reference between the printer table, the pop-up and the windows.
-// Every key is optional but "printerId"; a getter yields nothing for a key that is absent or wrongly typed. Flags are
-// the texts "YES" and "NO".
+// A record is a string-keyed dictionary, shared by reference between the printer table, the pop-up
+// and the windows. Every key is optional but "printerId"; a getter yields nothing for a key that is
+// absent or wrongly typed. Flags are the texts "YES" and "NO".
 #pragma once
 
 #include <memory>
@@ -16,15 +16,15 @@ using PrinterRecord = Dictionary;
 using PrinterRecordPtr = std::shared_ptr<PrinterRecord>;
 
 namespace keys {
-inline constexpr std::string_view printerId = "printerId";            // unique; the pop-up's title
-inline constexpr std::string_view printerName = "printerName";        // the selection table's title
-inline constexpr std::string_view kind = "kind";                      // locator; its first 3 characters: transport
-inline constexpr std::string_view serverType = "serverType";          // how the printer is reached
-inline constexpr std::string_view serviceType = "serviceType";        // Bonjour type with trailing dot
-inline constexpr std::string_view ipAdrs = "ipAdrs";                  // dotted address or host name
-inline constexpr std::string_view port = "port";                      // TCP port
-inline constexpr std::string_view hostName = "hostName";              // the resolver's host name
-inline constexpr std::string_view ippURL = "ippURL";                  // "http://ADDRESS:631/RP"
+inline constexpr std::string_view printerId = "printerId";      // unique; the pop-up's title
+inline constexpr std::string_view printerName = "printerName";  // the selection table's title
+inline constexpr std::string_view kind = "kind";  // locator; its first 3 characters: transport
+inline constexpr std::string_view serverType = "serverType";    // how the printer is reached
+inline constexpr std::string_view serviceType = "serviceType";  // Bonjour type with trailing dot
+inline constexpr std::string_view ipAdrs = "ipAdrs";            // dotted address or host name
+inline constexpr std::string_view port = "port";                // TCP port
+inline constexpr std::string_view hostName = "hostName";        // the resolver's host name
+inline constexpr std::string_view ippURL = "ippURL";            // "http://ADDRESS:631/RP"
 inline constexpr std::string_view usbPrinterName = "usbPrinterName";  // behind a base station
 inline constexpr std::string_view makerName = "makerName";
 inline constexpr std::string_view modelName = "modelName";
@@ -37,19 +37,21 @@ inline constexpr std::string_view location = "location";
 inline constexpr std::string_view usbCmd = "usb_CMD";  // command set of the IEEE 1284 device ID
 inline constexpr std::string_view usbMfg = "usb_MFG";
 inline constexpr std::string_view usbMdl = "usb_MDL";
-inline constexpr std::string_view usbS = "usb_S";              // HP status texts from the TXT record
+inline constexpr std::string_view usbS = "usb_S";  // HP status texts from the TXT record
 inline constexpr std::string_view usbVStatus = "usb_VSTATUS";  //
 inline constexpr std::string_view date = "Date";               // last seen, selected or updated
 inline constexpr std::string_view active = "Active";
 inline constexpr std::string_view printerStatus = "printerStatus";
-inline constexpr std::string_view colors = "Colors";        // ink names in display order
-inline constexpr std::string_view rgbColors = "rgbColors";  // "#RRGGBB" for each ink, as IPP reports them
-inline constexpr std::string_view inkDict = "inkDict";      // the last successful update
+inline constexpr std::string_view colors = "Colors";  // ink names in display order
+inline constexpr std::string_view rgbColors =
+    "rgbColors";  // "#RRGGBB" for each ink, as IPP reports them
+inline constexpr std::string_view inkDict = "inkDict";  // the last successful update
 inline constexpr std::string_view commandType = "commandType";
 inline constexpr std::string_view nozzleCleaning = "nozzleCleaning";
 inline constexpr std::string_view printNozzleCheckPattern = "printNozzleCheckPattern";
 inline constexpr std::string_view cleaningAndTestPrint = "cleaningAndTestPrint";
-inline constexpr std::string_view addedByAddress = "addedByAddress";  // typed in by the person; never announced
+inline constexpr std::string_view addedByAddress =
+    "addedByAddress";  // typed in by the person; never announced
 }  // namespace keys
 
 // Keys of a model-table entry that are not keys of a record.

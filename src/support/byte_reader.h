@@ -1,9 +1,9 @@
 // The one way in which bytes from a printer, a base station or any other peer are read.
 //
-// A reader walks forward over bytes that somebody else owns. Every read checks what is left; a read past the end
-// yields zero (or an empty span), uses up the rest and sets failed(), so a parser may read a whole header and ask
-// once at the end. A length taken from the wire goes to take() or skip(), which compare it with remaining(); it is
-// never added to a pointer.
+// A reader walks forward over bytes that somebody else owns. Every read checks what is left; a read
+// past the end yields zero (or an empty span), uses up the rest and sets failed(), so a parser may
+// read a whole header and ask once at the end. A length taken from the wire goes to take() or
+// skip(), which compare it with remaining(); it is never added to a pointer.
 #pragma once
 
 #include <cstddef>

@@ -15,7 +15,9 @@ ByteWriter& ByteWriter::bytes(Bytes source) {
     return *this;
 }
 
-ByteWriter& ByteWriter::u8(std::uint8_t value) { return bytes({&value, 1}); }
+ByteWriter& ByteWriter::u8(std::uint8_t value) {
+    return bytes({&value, 1});
+}
 
 ByteWriter& ByteWriter::be16(std::uint16_t value) {
     const std::array b{static_cast<std::uint8_t>(value >> 8), static_cast<std::uint8_t>(value)};

@@ -1,7 +1,8 @@
-// The one way in which a message to a printer is built: bytes appended to a buffer that the caller owns.
+// The one way in which a message to a printer is built: bytes appended to a buffer that the caller
+// owns.
 //
-// A write that does not fit writes nothing and sets failed(); what was written before stays. Builders return
-// finish(), so a buffer that is too small yields 0 and never half a command.
+// A write that does not fit writes nothing and sets failed(); what was written before stays.
+// Builders return finish(), so a buffer that is too small yields 0 and never half a command.
 #pragma once
 
 #include <cstddef>
@@ -22,6 +23,9 @@ class ByteWriter {
     ByteWriter& be32(std::uint32_t value);
     ByteWriter& bytes(Bytes source);
     ByteWriter& text(std::string_view source) { return bytes(asBytes(source)); }
+
+    // For a message of which a part could not be built.
+    void fail() { failed_ = true; }
 
     std::size_t size() const { return size_; }
     Bytes written() const { return buffer_.first(size_); }

@@ -23,14 +23,24 @@ Clock*& activeClock() {
 
 }  // namespace
 
-std::chrono::sys_time<std::chrono::milliseconds> currentTime() { return activeClock()->now(); }
+std::chrono::sys_time<std::chrono::milliseconds> currentTime() {
+    return activeClock()->now();
+}
 
-Date currentDate() { return std::chrono::floor<std::chrono::seconds>(currentTime()); }
+Date currentDate() {
+    return std::chrono::floor<std::chrono::seconds>(currentTime());
+}
 
-void pauseFor(std::chrono::microseconds duration) { activeClock()->pause(duration); }
+void pauseFor(std::chrono::microseconds duration) {
+    activeClock()->pause(duration);
+}
 
-ScopedClock::ScopedClock(Clock& clock) : previous_(activeClock()) { activeClock() = &clock; }
+ScopedClock::ScopedClock(Clock& clock) : previous_(activeClock()) {
+    activeClock() = &clock;
+}
 
-ScopedClock::~ScopedClock() { activeClock() = previous_; }
+ScopedClock::~ScopedClock() {
+    activeClock() = previous_;
+}
 
 }  // namespace tintoral

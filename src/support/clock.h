@@ -1,7 +1,7 @@
 // Time, and the pauses that a printer needs between two exchanges.
 //
-// All of the program asks this clock, so that a test can fix the date of a reading and skip a pause. Waits for a
-// peer (select, poll) are real time and do not go through here.
+// All of the program asks this clock, so that a test can fix the date of a reading and skip a
+// pause. Waits for a peer (select, poll) are real time and do not go through here.
 #pragma once
 
 #include <chrono>

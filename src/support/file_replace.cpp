@@ -13,7 +13,9 @@
 namespace tintoral {
 namespace {
 
-std::error_code lastError() { return {errno, std::generic_category()}; }
+std::error_code lastError() {
+    return {errno, std::generic_category()};
+}
 
 std::filesystem::path followLinks(const std::filesystem::path& path) {
     std::error_code ignored;

@@ -13,7 +13,8 @@ void BoundedText::clear() {
 
 void BoundedText::assign(std::string_view text) {
     size_ = std::min(text.size(), capacity_);
-    if (size_ > 0) std::memmove(storage_, text.data(), size_);  // the text may be a part of this one
+    if (size_ > 0)
+        std::memmove(storage_, text.data(), size_);  // the text may be a part of this one
     storage_[size_] = '\0';
 }
 

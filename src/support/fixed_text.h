@@ -1,7 +1,8 @@
 // Text of a fixed capacity in its owner's storage: status texts, dumps, names in a record.
 //
-// Always NUL-terminated, never longer than its capacity: what does not fit is cut off. Functions take a
-// BoundedText&, so that they need not know the capacity; callers hold a FixedText<N>. Nothing here allocates.
+// Always NUL-terminated, never longer than its capacity: what does not fit is cut off. Functions
+// take a BoundedText&, so that they need not know the capacity; callers hold a FixedText<N>.
+// Nothing here allocates.
 #pragma once
 
 #include <cstdarg>
@@ -19,8 +20,8 @@ class BoundedText {
     void assign(std::string_view text);
     void append(std::string_view text);
 
-    // As printf; `format` replaces the text, `appendFormat` adds to it. The result is the number of characters that
-    // were added, which is fewer than the format yields when the text is full.
+    // As printf; `format` replaces the text, `appendFormat` adds to it. The result is the number of
+    // characters that were added, which is fewer than the format yields when the text is full.
     std::size_t format(const char* pattern, ...) __attribute__((format(printf, 2, 3)));
     std::size_t appendFormat(const char* pattern, ...) __attribute__((format(printf, 2, 3)));
 
@@ -43,7 +44,8 @@ class BoundedText {
     std::size_t size_ = 0;
 };
 
-// N is the size in bytes, the closing NUL included, as buffers are sized on the wire and in records.
+// N is the size in bytes, the closing NUL included, as buffers are sized on the wire and in
+// records.
 template <std::size_t N>
 class FixedText final : public BoundedText {
     static_assert(N > 1);

@@ -30,7 +30,9 @@ using PlistPtr = std::unique_ptr<void, PlistDeleter>;
 template <typename T>
 using MallocPtr = std::unique_ptr<T, MallocDeleter>;
 
-bool keyLess(const Dictionary::Entry& a, const Dictionary::Entry& b) { return a.first < b.first; }
+bool keyLess(const Dictionary::Entry& a, const Dictionary::Entry& b) {
+    return a.first < b.first;
+}
 
 // From the library's nodes.
 Value fromNode(plist_t node);
@@ -102,19 +104,29 @@ Value dictionaryFromNode(plist_t node) {
 
 Value fromNode(plist_t node) {
     switch (plist_get_node_type(node)) {
-        case PLIST_STRING: return textFromNode(node);
-        case PLIST_UINT: return integerFromNode(node);
-        case PLIST_REAL: return realFromNode(node);
-        case PLIST_BOOLEAN: return flagFromNode(node);
-        case PLIST_DATE: return dateFromNode(node);
-        case PLIST_DATA: return dataFromNode(node);
-        case PLIST_ARRAY: return arrayFromNode(node);
-        case PLIST_DICT: return dictionaryFromNode(node);
-        default: return Value();
+        case PLIST_STRING:
+            return textFromNode(node);
+        case PLIST_UINT:
+            return integerFromNode(node);
+        case PLIST_REAL:
+            return realFromNode(node);
+        case PLIST_BOOLEAN:
+            return flagFromNode(node);
+        case PLIST_DATE:
+            return dateFromNode(node);
+        case PLIST_DATA:
+            return dataFromNode(node);
+        case PLIST_ARRAY:
+            return arrayFromNode(node);
+        case PLIST_DICT:
+            return dictionaryFromNode(node);
+        default:
+            return Value();
     }
 }
 
-// Line breaks and tabs are allowed in XML; anything else that cleanText() would drop is not worth keeping.
+// Line breaks and tabs are allowed in XML; anything else that cleanText() would drop is not worth
+// keeping.
 std::string fitForXml(const std::string& text) {
     std::string oneLine = text;
     std::erase_if(oneLine, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
@@ -122,26 +134,38 @@ std::string fitForXml(const std::string& text) {
 }
 
 struct NodeBuilder {
-    plist_t operator()(const std::string& text) const { return plist_new_string(fitForXml(text).c_str()); }
+    plist_t operator()(const std::string& text) const {
+        return plist_new_string(fitForXml(text).c_str());
+    }
 #ifdef TINTORAL_PLIST_HAS_SIGNED_INTEGERS
-    plist_t operator()(std::int64_t number) const { return plist_new_int(number); }
+    plist_t operator()(std::int64_t number) const {
+        return plist_new_int(number);
+    }
 #else
-    plist_t operator()(std::int64_t number) const { return plist_new_uint(static_cast<std::uint64_t>(number)); }
+    plist_t operator()(std::int64_t number) const {
+        return plist_new_uint(static_cast<std::uint64_t>(number));
+    }
 #endif
-    plist_t operator()(double number) const { return plist_new_real(number); }
-    plist_t operator()(bool flag) const { return plist_new_bool(flag ? 1 : 0); }
+    plist_t operator()(double number) const {
+        return plist_new_real(number);
+    }
+    plist_t operator()(bool flag) const {
+        return plist_new_bool(flag ? 1 : 0);
+    }
     plist_t operator()(Date date) const {
         using Limits = std::numeric_limits<std::int32_t>;
         const std::int64_t seconds = (date - kLibraryEpoch).count();
-        return plist_new_date(
-            static_cast<std::int32_t>(std::clamp<std::int64_t>(seconds, Limits::min(), Limits::max())), 0);
+        return plist_new_date(static_cast<std::int32_t>(
+                                  std::clamp<std::int64_t>(seconds, Limits::min(), Limits::max())),
+                              0);
     }
     plist_t operator()(const Data& data) const {
         return plist_new_data(reinterpret_cast<const char*>(data.data()), data.size());
     }
     plist_t operator()(const Array& array) const {
         plist_t node = plist_new_array();
-        for (const Value& item : array) plist_array_append_item(node, std::visit(*this, item.storage()));
+        for (const Value& item : array)
+            plist_array_append_item(node, std::visit(*this, item.storage()));
         return node;
     }
     plist_t operator()(const Dictionary& dictionary) const {
@@ -159,14 +183,14 @@ PropertyListFile failure(FileState state, const std::filesystem::path& path, std
 
 }  // namespace
 
-Dictionary::Dictionary(std::initializer_list<Entry> entries) : Dictionary(std::vector<Entry>(entries)) {}
+Dictionary::Dictionary(std::initializer_list<Entry> entries)
+    : Dictionary(std::vector<Entry>(entries)) {}
 
 Dictionary::Dictionary(std::vector<Entry> entries) : entries_(std::move(entries)) {
     std::ranges::reverse(entries_);  // so that the last of equal keys is the one that stays
     std::ranges::stable_sort(entries_, keyLess);
-    const auto repeated =
-        std::ranges::unique(entries_, [](const Entry& a, const Entry& b) { return a.first == b.first; });
-    entries_.erase(repeated.begin(), repeated.end());
+    const auto sameKey = [](const Entry& a, const Entry& b) { return a.first == b.first; };
+    entries_.erase(std::unique(entries_.begin(), entries_.end(), sameKey), entries_.end());
 }
 
 std::vector<Dictionary::Entry>::const_iterator Dictionary::position(std::string_view key) const {
@@ -178,7 +202,9 @@ const Value* Dictionary::find(std::string_view key) const {
     return at != entries_.end() && at->first == key ? &at->second : nullptr;
 }
 
-Value* Dictionary::find(std::string_view key) { return const_cast<Value*>(std::as_const(*this).find(key)); }
+Value* Dictionary::find(std::string_view key) {
+    return const_cast<Value*>(std::as_const(*this).find(key));
+}
 
 std::string Dictionary::text(std::string_view key) const {
     const Value* value = find(key);
@@ -232,11 +258,19 @@ void Dictionary::remove(std::string_view key) {
     if (at != entries_.end() && at->first == key) entries_.erase(at);
 }
 
-std::size_t Dictionary::size() const { return entries_.size(); }
-std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const { return entries_.begin(); }
-std::vector<Dictionary::Entry>::const_iterator Dictionary::end() const { return entries_.end(); }
+std::size_t Dictionary::size() const {
+    return entries_.size();
+}
+std::vector<Dictionary::Entry>::const_iterator Dictionary::begin() const {
+    return entries_.begin();
+}
+std::vector<Dictionary::Entry>::const_iterator Dictionary::end() const {
+    return entries_.end();
+}
 
-bool operator==(const Dictionary& a, const Dictionary& b) { return a.entries_ == b.entries_; }
+bool operator==(const Dictionary& a, const Dictionary& b) {
+    return a.entries_ == b.entries_;
+}
 
 Value::Value(const std::vector<std::string>& texts) : storage_(Array(texts.begin(), texts.end())) {}
 

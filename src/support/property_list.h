@@ -1,9 +1,9 @@
 // Property lists: the values that the program keeps in files, and the files themselves.
 //
-// Two kinds of file are read: those that this program wrote (user defaults, ink histories) and the model table that
-// it ships. Both may have been damaged or edited since, so a typed getter yields nothing for a key that is absent or
-// holds another type, and reading never trusts a size or a depth. The XML format of property lists is the only one
-// read and written.
+// Two kinds of file are read: those that this program wrote (user defaults, ink histories) and the
+// model table that it ships. Both may have been damaged or edited since, so a typed getter yields
+// nothing for a key that is absent or holds another type, and reading never trusts a size or a
+// depth. The XML format of property lists is the only one read and written.
 #pragma once
 
 #include <cstdint>
@@ -25,7 +25,8 @@ class Value;
 using Array = std::vector<Value>;
 using Data = std::vector<std::uint8_t>;
 
-// A string-keyed dictionary, kept sorted by key. Keys that the program does not know survive a load and a save.
+// A string-keyed dictionary, kept sorted by key. Keys that the program does not know survive a load
+// and a save.
 class Dictionary {
   public:
     using Entry = std::pair<std::string, Value>;
@@ -40,15 +41,16 @@ class Dictionary {
     Value* find(std::string_view key);
     bool contains(std::string_view key) const { return find(key) != nullptr; }
 
-    // The value under `key` as the named type; empty (0, null) when it is absent or of another type.
+    // The value under `key` as the named type; empty (0, null) when it is absent or of another
+    // type.
     std::string text(std::string_view key) const;
     std::optional<std::int64_t> integer(std::string_view key) const;
     std::optional<Date> date(std::string_view key) const;
     const Array* array(std::string_view key) const;
     const Dictionary* dictionary(std::string_view key) const;
 
-    // An array of strings; an element of another type counts as an empty string, so that positions hold. Nothing
-    // when there is no array.
+    // An array of strings; an element of another type counts as an empty string, so that positions
+    // hold. Nothing when there is no array.
     std::optional<std::vector<std::string>> texts(std::string_view key) const;
 
     void set(std::string_view key, Value value);
@@ -69,7 +71,8 @@ class Dictionary {
 
 class Value {
   public:
-    using Storage = std::variant<std::string, std::int64_t, double, bool, Date, Data, Array, Dictionary>;
+    using Storage =
+        std::variant<std::string, std::int64_t, double, bool, Date, Data, Array, Dictionary>;
 
     Value() = default;
     Value(std::string text) : storage_(std::move(text)) {}
@@ -102,11 +105,12 @@ class Value {
     Storage storage_;
 };
 
-// The property list that `xml` holds, or nothing when it is damaged or nested deeper than 64 levels.
+// The property list that `xml` holds, or nothing when it is damaged or nested deeper than 64
+// levels.
 std::optional<Value> parsePropertyList(std::string_view xml);
 
-// The property list as XML. Texts with bytes that XML cannot hold are written without them (cleanText). Dates
-// outside 1932 to 2069 are moved to the nearer end. Empty when memory runs out.
+// The property list as XML. Texts with bytes that XML cannot hold are written without them
+// (cleanText). Dates outside 1932 to 2069 are moved to the nearer end. Empty when memory runs out.
 std::string formatPropertyList(const Value& root);
 
 enum class FileState { Loaded, Absent, Unreadable, Damaged };
@@ -124,10 +128,10 @@ PropertyListFile readPropertyListFile(const std::filesystem::path& path);
 std::error_code writePropertyListFile(const std::filesystem::path& path, const Value& root,
                                       const std::filesystem::path& temporaryFolder = {});
 
-// Renames a damaged file to its name plus ".damaged" (".damaged-2" and so on when that is taken), so
-// that nothing in it is lost when a new one is written. It stays in its folder, or goes to `folder`
-// on the same file system, which is made when missing. The new path, or an empty one when the file
-// could not be renamed and is still where it was.
+// Renames a damaged file to its name plus ".damaged" (".damaged-2" and so on when that is taken),
+// so that nothing in it is lost when a new one is written. It stays in its folder, or goes to
+// `folder` on the same file system, which is made when missing. The new path, or an empty one when
+// the file could not be renamed and is still where it was.
 std::filesystem::path keepAside(const std::filesystem::path& path,
                                 const std::filesystem::path& folder = {});
 

@@ -11,8 +11,12 @@ std::filesystem::path prefix() {
 
 }  // namespace
 
-std::filesystem::path resourceFolder() { return prefix() / "share" / "tintoral"; }
+std::filesystem::path resourceFolder() {
+    return prefix() / "share" / "tintoral";
+}
 
-std::filesystem::path moduleFolder() { return prefix() / "lib" / "tintoral"; }
+std::filesystem::path moduleFolder() {
+    return prefix() / "lib" / "tintoral";
+}
 
 }  // namespace tintoral

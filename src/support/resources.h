@@ -1,5 +1,5 @@
-// Where the program finds what it ships, relative to its own executable: the same layout in the build tree and under
-// an installation's prefix.
+// Where the program finds what it ships, relative to its own executable: the same layout in the
+// build tree and under an installation's prefix.
 //
 //   bin/tintoral   share/tintoral/printers.xml   lib/tintoral/libtintoral-window.so
 #pragma once

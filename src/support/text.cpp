@@ -8,9 +8,13 @@
 namespace tintoral {
 namespace {
 
-char lowered(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+char lowered(char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 
-bool sameIgnoringCase(char a, char b) { return lowered(a) == lowered(b); }
+bool sameIgnoringCase(char a, char b) {
+    return lowered(a) == lowered(b);
+}
 
 struct Character {
     char32_t code;
@@ -30,7 +34,8 @@ bool isScalarOfLength(char32_t code, std::size_t length) {
     return code >= kSmallest[length] && code <= 0x10FFFF && (code < 0xD800 || code > 0xDFFF);
 }
 
-// The first character of `bytes`, which is not empty; an invalid lead byte stands for itself (ISO 8859-1).
+// The first character of `bytes`, which is not empty; an invalid lead byte stands for itself (ISO
+// 8859-1).
 Character firstCharacter(Bytes bytes) {
     const std::uint8_t lead = bytes[0];
     const Character single{lead, 1};
@@ -93,7 +98,8 @@ bool startsWithIgnoringCase(std::string_view text, std::string_view prefix) {
 }
 
 std::size_t findIgnoringCase(std::string_view text, std::string_view needle) {
-    const auto hit = std::search(text.begin(), text.end(), needle.begin(), needle.end(), sameIgnoringCase);
+    const auto hit =
+        std::search(text.begin(), text.end(), needle.begin(), needle.end(), sameIgnoringCase);
     if (hit == text.end() && !needle.empty()) return std::string_view::npos;
     return static_cast<std::size_t>(hit - text.begin());
 }

@@ -1,4 +1,5 @@
-// Text from outside made fit to show and to store, and comparisons that do not depend on the locale.
+// Text from outside made fit to show and to store, and comparisons that do not depend on the
+// locale.
 #pragma once
 
 #include <string>
@@ -6,10 +7,10 @@
 
 namespace tintoral {
 
-// The text as valid UTF-8 without anything that could steer a terminal, a log line or a label: control characters
-// (U+0000-001F, U+007F-009F), line and paragraph separators and bidirectional overrides are dropped. A byte that is
-// not part of valid UTF-8 is read as ISO 8859-1, as many printers write it; a character cut in two by the end of the
-// text is dropped.
+// The text as valid UTF-8 without anything that could steer a terminal, a log line or a label:
+// control characters (U+0000-001F, U+007F-009F), line and paragraph separators and bidirectional
+// overrides are dropped. A byte that is not part of valid UTF-8 is read as ISO 8859-1, as many
+// printers write it; a character cut in two by the end of the text is dropped.
 std::string cleanText(std::string_view text);
 
 // ASCII letters compare without regard to case; all other bytes compare as they are.

@@ -1,4 +1,5 @@
-// Runs a fuzz target over every file of a corpus folder. Fails on an empty one: it would check nothing.
+// Runs a fuzz target over every file of a corpus folder. Fails on an empty one: it would check
+// nothing.
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -14,7 +15,8 @@ int main(int argc, char** argv) {
     for (const auto& entry : std::filesystem::directory_iterator(argv[1])) {
         std::ifstream file(entry.path(), std::ios::binary);
         const std::vector<char> content{std::istreambuf_iterator<char>(file), {}};
-        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()), content.size());
+        LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(content.data()),
+                               content.size());
         ++count;
     }
     std::printf("%d inputs replayed\n", count);

@@ -8,7 +8,8 @@
 namespace tintoral::test {
 
 TemporaryFolder::TemporaryFolder() {
-    std::string pattern = (std::filesystem::temp_directory_path() / "tintoral-test-XXXXXX").string();
+    std::string pattern =
+        (std::filesystem::temp_directory_path() / "tintoral-test-XXXXXX").string();
     if (!::mkdtemp(pattern.data())) throw std::runtime_error("mkdtemp failed");
     path_ = pattern;
 }
@@ -27,7 +28,8 @@ std::string readFile(const std::filesystem::path& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-ScopedEnvironment::ScopedEnvironment(std::string name, const std::string& value) : name_(std::move(name)) {
+ScopedEnvironment::ScopedEnvironment(std::string name, const std::string& value)
+    : name_(std::move(name)) {
     const char* previous = std::getenv(name_.c_str());
     wasSet_ = previous != nullptr;
     if (wasSet_) previous_ = previous;

@@ -9,7 +9,8 @@ namespace tintoral::test {
 
 class TestClock final : public Clock {
   public:
-    explicit TestClock(Date start = std::chrono::sys_days{std::chrono::year{2026} / 3 / 14}) : now_(start) {}
+    explicit TestClock(Date start = std::chrono::sys_days{std::chrono::year{2026} / 3 / 14})
+        : now_(start) {}
 
     std::chrono::sys_time<std::chrono::milliseconds> now() override {
         return std::chrono::floor<std::chrono::milliseconds>(now_);

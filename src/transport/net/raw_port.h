@@ -10,17 +10,26 @@ namespace tintoral {
 // Asks the printer of the record ("makerName", "modelName", "ipAdrs", "port", "commandType",
 // "usb_CMD").
 //
-// EPSON: the command variants D4, RC, RC1, RC0 in that order, starting at the one that worked last;
-// the one that works is remembered in "commandType". Canon: Canon's status inquiry. Any other
-// maker: the Printer MIB, which may fill "Colors". A record whose "Active" is "NO" is never
-// contacted.
+//   "EPSON"    the command variants D4, RC, RC1, RC0 in that order, starting at the one that
+//              worked last, else at D4 when "usb_CMD" names it, else at RC0; the one that works
+//              is remembered in "commandType". D4 is not spoken here yet: unreachable.
+//   "Canon"    not spoken here yet: unreachable
+//   others     the Printer MIB, which may fill "Colors"
+//
+// A record whose "Active" is "NO" is never contacted, nor is one without an address or with a port
+// outside 1 to 65535.
 //
 // Result: the number of inks, 0 when the printer answered without levels or is inactive, negative
 // when it could not be reached.
 int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status);
 
+// Asks an Epson printer that a base station announces as an LPD queue: remote mode on port 9100 of
+// "ipAdrs", in the variants RC, RC1, RC0, with the same memory in "commandType". Results as above.
+int port9100GetEpsonRemoteInkStatus(PrinterRecord& printer, InkQuantities& record,
+                                    BoundedText& status);
+
 // Sends a maintenance job (an option of vendors/epson.h) to an Epson or Canon printer; other makers
-// and inactive records get nothing.
+// get nothing, nor do records that port9100GetInkStatus() would not contact.
 void port9100NozzleOptions(const PrinterRecord& printer, int option);
 
 }  // namespace tintoral

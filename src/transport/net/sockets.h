@@ -1,8 +1,8 @@
 // The socket toolkit that every network protocol of the program stands on.
 //
-// All calls block, each for at most its own time-out. A failure is a return value; its cause goes to standard error
-// with a prefix that names the function. Times are in milliseconds, sizes in bytes. Hosts are IPv4 names or dotted
-// addresses unless a function says otherwise.
+// All calls block, each for at most its own time-out. A failure is a return value; its cause goes
+// to standard error with a prefix that names the function. Times are in milliseconds, sizes in
+// bytes. Hosts are IPv4 names or dotted addresses unless a function says otherwise.
 #pragma once
 
 #include <netinet/in.h>
@@ -19,51 +19,58 @@
 
 namespace tintoral {
 
-// A TCP connection to an IPv4 host, or an invalid descriptor after "TcpOpen:..." on standard error: the name does not
-// resolve, the host refuses (at once), or it does not answer within 2 s. The descriptor is blocking, but a send that
-// makes no progress for 2 s fails.
+// A TCP connection to an IPv4 host, or an invalid descriptor after "TcpOpen:..." on standard error:
+// the name does not resolve, the host refuses (at once), or it does not answer within 2 s. The
+// descriptor is blocking, but a send that makes no progress for 2 s fails.
 UniqueFd TcpOpenConnection(const std::string& host, std::uint16_t port);
 
-// A TCP connection over IPv6, trying each address of the name in turn; invalid when none connects. Each attempt is
-// bounded to 2 s as well.
+// A TCP connection over IPv6, trying each address of the name in turn; invalid when none connects.
+// Each attempt is bounded to 2 s as well.
 UniqueFd openTCP6(const std::string& host, std::uint16_t port);
 
-// One wait for readability, one recv. Result: bytes received; 0 on time-out, end of stream or receive error; -1 when
-// the wait itself failed.
+// One wait for readability, one recv. Result: bytes received; 0 on time-out, end of stream or
+// receive error; -1 when the wait itself failed.
 int SelectRecv(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
 
 // As SelectRecv, but -1 for anything below 1.
 int Nrecv(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
 
-// 1 when the socket is readable within the time-out, 0 when not, -1 (after "select" on standard error) on failure.
+// 1 when the socket is readable within the time-out, 0 when not, -1 (after "select" on standard
+// error) on failure.
 int SelectCheck(int socket, std::chrono::milliseconds timeout);
 
-// Waits for bytes and reads once; then, as meant, only waits out what is left of the time-out, unless the buffer is
-// full. Result: bytes read, 0 when none came in time, -1 when the peer closed or failed before anything came.
+// Waits for bytes and reads once; then, as meant, only waits out what is left of the time-out,
+// unless the buffer is full. Result: bytes read, 0 when none came in time, -1 when the peer closed
+// or failed before anything came.
 int waitRecv(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
 
-// Writes until all is written or a write fails. After a partial write the next one starts again at the first byte,
-// as meant. Result: that of the last write. A peer that is gone gives -1 and never a signal.
+// Writes until all is written or a write fails. After a partial write the next one starts again at
+// the first byte, as meant. Result: that of the last write. A peer that is gone gives -1 and never
+// a signal.
 int waitSend(int socket, Bytes bytes);
 
 // Wall-clock milliseconds, cut to 32 bits.
 std::uint32_t Getmtime();
 
-// One UDP exchange with port 161 of `host`: two attempts of 100 ms each. Result: the bytes of the reply, 0 when
-// none came. A send failure is reported ("Client: sendto") and counts as a silent attempt. Ends the process with
-// status 1 when no socket can be made ("Client:socket").
+// One UDP exchange with port 161 of `host`: two attempts of 100 ms each. Result: the bytes of the
+// reply, 0 when none came. A send failure is reported ("Client: sendto") and counts as a silent
+// attempt. Ends the process with status 1 when no socket can be made ("Client:socket").
 int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply);
 
-// What udpExchange() does when a datagram cannot be sent: wait as if it had been, or return -1 at once.
+// What udpExchange() does when a datagram cannot be sent: wait as if it had been, or return -1 at
+// once.
 enum class OnSendFailure { KeepTrying, GiveUp };
 
-// A datagram socket (closed by its owner), or an invalid one after "Client:socket" on standard error.
+// A datagram socket (closed by its owner), or an invalid one after "Client:socket" on standard
+// error.
 UniqueFd openUdpSocket();
 
-// The exchange itself: up to two times, sends the request to port 161 of `host` ("Client: sendto" on standard error
-// when that fails), clears `reply` and waits 100 ms. Result: the bytes of the reply (a longer datagram is cut to the
-// buffer), 0 after two silent attempts, -1 when a send failed and `onSendFailure` is GiveUp.
-int udpExchange(int socket, const std::string& host, Bytes request, MutableBytes reply, OnSendFailure onSendFailure);
+// The exchange itself: up to two times, sends the request to port 161 of `host` ("Client: sendto"
+// on standard error when that fails), clears `reply` and waits 100 ms. Result: the bytes of the
+// reply (a longer datagram is cut to the buffer), 0 after two silent attempts, -1 when a send
+// failed and `onSendFailure` is GiveUp.
+int udpExchange(int socket, const std::string& host, Bytes request, MutableBytes reply,
+                OnSendFailure onSendFailure);
 
 // A URL's parts.
 struct UrlParts {
@@ -72,32 +79,35 @@ struct UrlParts {
     std::string location;
 };
 
-// Splits the first 1024 characters of `url`. `port` is set to 631 for "ipp...", else 80, and then to the port that
-// the URL names (0 for one that is no port number); `host` is left alone when the URL names none. Result: 1, or 0 when there is no "//" (host and
-// location are left alone then).
+// Splits the first 1024 characters of `url`. `port` is set to 631 for "ipp...", else 80, and then
+// to the port that the URL names (0 for one that is no port number); `host` is left alone when the
+// URL names none. Result: 1, or 0 when there is no "//" (host and location are left alone then).
 int Url2host_port_location(std::string_view url, UrlParts& parts);
 
 using Ipv4Address = std::array<std::uint8_t, 4>;
 using MacAddress = std::array<std::uint8_t, 6>;
 
-// The first IPv4 interface that is not 127.0.0.1: its name, address and netmask, most significant byte first. Nothing
-// is written when there is none. Result: 0.
+// The first IPv4 interface that is not 127.0.0.1: its name, address and netmask, most significant
+// byte first. Nothing is written when there is none. Result: 0.
 int myIPAddress(std::string& interfaceName, Ipv4Address& address, Ipv4Address& netmask);
 
-// The link-layer address of the named interface (AF_PACKET); nothing is written when there is none. Result: 0.
+// The link-layer address of the named interface (AF_PACKET); nothing is written when there is none.
+// Result: 0.
 int myMacAddress(std::string_view interfaceName, MacAddress& address);
 
 // The length of `text`; what it once looked up is gone, as meant.
 int GetMacAddress(const void* ignored, std::string_view text);
 
-// The host name of an IPv4 socket address by reverse look-up, or else its dotted address. Result: the name's length.
+// The host name of an IPv4 socket address by reverse look-up, or else its dotted address. Result:
+// the name's length.
 int gethostnameFromSock(const sockaddr_in& address, BoundedText& name);
 
-// The sixteen bytes of an IPv6 socket address in hex, one number a byte, without padding, colons between. Result: 0.
+// The sixteen bytes of an IPv6 socket address in hex, one number a byte, without padding, colons
+// between. Result: 0.
 int my_ntoa(BoundedText& text, const sockaddr_in6& address);
 
-// Opens a connection, sends the bytes in one send and closes. Result: bytes sent, or -1 ("tcpSend: send " on
-// standard error when the send failed).
+// Opens a connection, sends the bytes in one send and closes. Result: bytes sent, or -1 ("tcpSend:
+// send " on standard error when the send failed).
 int tcpSend(const std::string& host, std::uint16_t port, Bytes bytes);
 
 // The IPv4 socket address of a host name or dotted address; false when it is neither.

@@ -1,0 +1,353 @@
+#include "app/app_controller.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDesktopServices>
+#include <QEvent>
+#include <QLocale>
+#include <QMenu>
+#include <QMessageBox>
+#include <QTimer>
+#include <QUrl>
+#include <algorithm>
+
+#include "app/dock_icon.h"
+#include "app/notification_center.h"
+#include "app/wait_cursor.h"
+#include "history/ink_history_store.h"
+#include "monitor/record_rules.h"
+#include "monitor/update_cycle.h"
+#include "records/maintenance_items.h"
+#include "records/model_merge.h"
+#include "support/text.h"
+#include "ui_MainWindow.h"
+
+namespace tintoral {
+namespace {
+
+constexpr int kInksWithoutReading = 10;
+
+// Stored texts may be foreign: they are shown without control characters.
+QString shown(const std::string& text) {
+    return QString::fromStdString(cleanText(text));
+}
+
+std::vector<std::string> rgbColorsOf(const PrinterRecord* printer) {
+    return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>())
+                   : std::vector<std::string>();
+}
+
+const Dictionary* inkDictOf(const PrinterRecord* printer) {
+    return printer ? printer->dictionary(keys::inkDict) : nullptr;
+}
+
+QString lastUpdateText(const Dictionary* inkDict) {
+    const auto date = inkDict ? inkDict->date(keys::date) : std::nullopt;
+    if (!date) return QStringLiteral("Last update: not updated yet");
+    const QDateTime local = QDateTime::fromSecsSinceEpoch(date->time_since_epoch().count());
+    return QStringLiteral("Last update: %1").arg(QLocale().toString(local, QLocale::ShortFormat));
+}
+
+// The first entry of the model decides, whether it names a picture or not.
+std::string modelIconPath(const std::vector<IconPathEntry>& table,
+                          const std::string& makerAndModel) {
+    const auto entry = std::ranges::find(table, makerAndModel, &IconPathEntry::modelname);
+    return entry == table.end() ? std::string() : entry->iconPath.value_or(std::string());
+}
+
+int inkCountOf(const Dictionary* inkDict) {
+    const Array* colors = inkDict ? inkDict->array(keys::colors) : nullptr;
+    return inkDict ? static_cast<int>(colors ? colors->size() : 0) : kInksWithoutReading;
+}
+
+}  // namespace
+
+AppController::AppController()
+    : window_(std::make_unique<QMainWindow>()), ui_(std::make_unique<Ui::MainWindow>()) {
+    ui_->setupUi(window_.get());
+    window_->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    window_->installEventFilter(this);
+}
+
+AppController::~AppController() = default;
+
+void AppController::awakeFromNib() {
+    loadRecords();
+    observeNotifications();
+    fillPopup();
+    prepareHistoryFolder();
+    restoreLastLevels();
+    iconPathTable_ = makeIconPathTable();
+    dockIcon_ = std::make_unique<QSystemTrayIcon>();
+    browserWindow_ = std::make_unique<BrowserController>(printerItemDict_, window_.get());
+    connectActions();
+    updateUI();
+    dockIcon_->show();
+    // The window is painted before the first update blocks it.
+    QTimer::singleShot(0, this, &AppController::updateWhenStale);
+}
+
+void AppController::loadRecords() {
+    printerItemDict_ = ModelTable::load(modelTablePath());
+    printerTable_ = loadPrinterTable(defaults_);
+    prunePrinterTable(printerTable_, defaults_.printerId(), printerItemDict_);
+    storePrinterTable();
+    printerDict_ = findPrinter(printerTable_, defaults_.printerId());
+    useModelIcon_ = defaults_.useModelIcon();
+}
+
+void AppController::connectActions() {
+    const auto whenTriggered = [this](QAction* action, auto slot) {
+        connect(action, &QAction::triggered, this, slot);
+    };
+    connect(ui_->printerIdPopup, &QComboBox::activated, this,
+            &AppController::printerIdPoupSelected);
+    connect(ui_->updateButton, &QPushButton::clicked, this, &AppController::updateButtonPressed);
+    connect(ui_->actionAddByAddress, &QAction::triggered, browserWindow_.get(),
+            &BrowserController::addByAddressPressed);
+    whenTriggered(ui_->actionUpdate, &AppController::updateButtonPressed);
+    whenTriggered(ui_->actionSelectPrinter, &AppController::showSelectionWindow);
+    whenTriggered(ui_->actionPrintNozzleCheckPattern, &AppController::menuItemNozzleOptions);
+    whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
+    whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
+    whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
+    whenTriggered(ui_->actionInkHistory, &AppController::notInThisVersion);
+    whenTriggered(ui_->actionDiagnose, &AppController::notInThisVersion);
+    whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
+    whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
+    connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
+    connect(dockIcon_.get(), &QSystemTrayIcon::activated, window_.get(), &QWidget::raise);
+}
+
+void AppController::observeNotifications() {
+    const auto& center = NotificationCenter::defaultCenter();
+    connect(&center, &NotificationCenter::VTnewPrinterSelected, this,
+            &AppController::doSelectPrinter);
+    connect(&center, &NotificationCenter::VTBonjourPrinterFound, this,
+            &AppController::handlePrinterFound);
+    connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, this,
+            &AppController::handlePrinterRemoved);
+}
+
+void AppController::fillPopup() {
+    for (const PrinterRecordPtr& printer : printerTable_) {
+        prepareAtStart(*printer);
+        popup_.insertFirst(printer);
+    }
+    updatePopup();
+}
+
+void AppController::restoreLastLevels() {
+    if (!printerDict_) return;
+    if (auto last = lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
+        printerDict_->set(keys::inkDict, *std::move(last));
+    } else {
+        printerDict_->remove(keys::inkDict);
+    }
+}
+
+void AppController::doSelectPrinter(const PrinterRecordPtr& printer) {
+    if (const PrinterRecordPtr known = popup_.find(printer->text(keys::printerId))) {
+        copySelectedValues(*printer, *known);
+        printerDict_ = known;
+    } else {
+        addNewPrinter(printer);
+    }
+    printerDict_->set(keys::active, kYes);
+    printerDict_->set(keys::date, currentDate());
+    updatePopup();
+    defaults_.setPrinterId(printerDict_->text(keys::printerId));
+    storePrinterTable();
+    updatePrinterDict(*printerDict_, printerItemDict_);
+    printerDict_->set(keys::printerStatus, "Online");
+    updateUI();
+    updateButtonPressed();
+}
+
+void AppController::addNewPrinter(const PrinterRecordPtr& printer) {
+    if (const PrinterRecordPtr dropped = popup_.dropWhenFull()) {
+        removePrinter(printerTable_, dropped->text(keys::printerId));
+    }
+    popup_.insertFirst(printer);
+    printerTable_.push_back(printer);
+    printerDict_ = printer;
+}
+
+void AppController::printerIdPoupSelected(int index) {
+    const auto& printers = popup_.printers();
+    if (index < 0 || index >= static_cast<int>(printers.size())) {
+        updatePopup();  // "Select printer" is a command, not a choice that stays
+        showSelectionWindow();
+        return;
+    }
+    printerDict_ = printers[static_cast<std::size_t>(index)];
+    updateUI();
+    updateWhenStale();
+}
+
+void AppController::updateWhenStale() {
+    if (printerDict_ && levelsAreStale(*printerDict_, currentDate()) &&
+        ui_->updateButton->isEnabled()) {
+        updateButtonPressed();
+    }
+}
+
+void AppController::updateButtonPressed() {
+    if (!printerDict_) return;
+    const WaitCursor waiting;
+    if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
+        saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
+                                    printerDict_->text(keys::printerId));
+        storePrinterTable();
+    }
+    updateUI();
+}
+
+void AppController::storePrinterTable() {
+    tintoral::storePrinterTable(printerTable_, defaults_);
+    defaults_.synchronize();
+}
+
+void AppController::handlePrinterRemoved(const PrinterRecordPtr& printer) {
+    const PrinterRecordPtr known = popup_.find(printer->text(keys::printerId));
+    if (!known) return;
+    known->set(keys::active, kNo);
+    if (known != printerDict_) return;
+    known->set(keys::printerStatus, "Offline");
+    updateStatus();
+}
+
+void AppController::handlePrinterFound(const PrinterRecordPtr& printer) {
+    if (!printer->contains(keys::printerId) || !printer->contains(keys::kind)) return;
+    const PrinterRecordPtr known = popup_.find(printer->text(keys::printerId));
+    if (!known) return;
+    copyFoundValues(*printer, *known);
+    known->set(keys::date, currentDate());
+    if (known != printerDict_) return;
+    known->set(keys::printerStatus, "Online");
+    updateStatus();
+}
+
+void AppController::updatePopup() {
+    QComboBox& box = *ui_->printerIdPopup;
+    box.clear();
+    for (const PrinterRecordPtr& printer : popup_.printers())
+        box.addItem(shown(printer->text(keys::printerId)));
+    box.insertSeparator(box.count());
+    box.addItem(QStringLiteral("Select printer"));
+    const int selected = printerDict_ ? popup_.indexOf(printerDict_->text(keys::printerId)) : -1;
+    box.setCurrentIndex(popup_.printers().empty() ? 1 : selected);
+}
+
+void AppController::updateUI() {
+    const Dictionary* inkDict = inkDictOf(printerDict_.get());
+    updateStatus();
+    ui_->lastUpdateField->setText(lastUpdateText(inkDict));
+    ui_->levelView->setInkDict(inkDict, rgbColorsOf(printerDict_.get()));
+    changeWindowHeightByColor(inkCountOf(inkDict));
+    updateDockIcon();
+}
+
+void AppController::updateStatus() {
+    const StatusLine line = statusLine(printerDict_.get());
+    ui_->statusField->setText(shown(line.text));
+    ui_->updateButton->setEnabled(line.canUpdate);
+    updateMenus();
+}
+
+void AppController::changeWindowHeightByColor(int inkCount) {
+    constexpr int kHeightForTen = 422;
+    constexpr int kRow = 25;
+    // The height below the menu bar; the window's top edge stays where it is.
+    ui_->content->setFixedHeight(kHeightForTen - (kInksWithoutReading - inkCount) * kRow);
+}
+
+void AppController::updateMenus() {
+    const bool selected = printerDict_ != nullptr;
+    ui_->actionInkHistory->setEnabled(selected);
+    ui_->actionDiagnose->setEnabled(selected);
+    ui_->actionUseModelIcon->setEnabled(selected);
+    ui_->actionUseModelIcon->setChecked(useModelIcon_);
+    ui_->actionUpdate->setEnabled(ui_->updateButton->isEnabled());
+    for (const MaintenanceItem& item : kMaintenanceItems) {
+        QAction* action = maintenanceAction(item.option);
+        action->setEnabled(selected && printerDict_->text(item.flagKey) == kYes);
+    }
+}
+
+QAction* AppController::maintenanceAction(int option) const {
+    QAction* const actions[] = {ui_->actionNozzleCleaning, ui_->actionPrintNozzleCheckPattern,
+                                ui_->actionCleaningAndTestPrint};
+    return actions[option - 1];
+}
+
+void AppController::menuItemNozzleOptions() {
+    for (const MaintenanceItem& item : kMaintenanceItems) {
+        if (sender() != maintenanceAction(item.option) || !printerDict_) continue;
+        const WaitCursor waiting;
+        sendMaintenance(*printerDict_, item.option);
+    }
+}
+
+void AppController::useModelIconMenuSelected() {
+    useModelIcon_ = ui_->actionUseModelIcon->isChecked();
+    defaults_.setUseModelIcon(useModelIcon_);
+    defaults_.synchronize();
+    updateUI();
+}
+
+void AppController::showSelectionWindow() {
+    browserWindow_->showWindow();
+}
+
+void AppController::openProductPage() {
+    QDesktopServices::openUrl(QUrl(QStringLiteral(TINTORAL_PRODUCT_PAGE)));
+}
+
+void AppController::showAboutPanel() {
+    QMessageBox::about(
+        window_.get(), QStringLiteral("About Tintoral"),
+        QStringLiteral("<h3>Tintoral %1</h3><p>How much ink or toner is left in your printers, and "
+                       "what state they are in.</p><p>MIT licence</p>")
+            .arg(QStringLiteral(TINTORAL_VERSION)));
+}
+
+void AppController::notInThisVersion() {
+    const auto* action = qobject_cast<QAction*>(sender());
+    QMessageBox::information(
+        window_.get(), action->text(),
+        QStringLiteral("\"%1\" is not part of this version of Tintoral.").arg(action->text()));
+}
+
+QImage AppController::dockBackground() const {
+    if (useModelIcon_ && printerDict_) {
+        const QImage icon(
+            shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
+        if (!icon.isNull()) return icon;
+    }
+    return applicationPicture();
+}
+
+void AppController::updateDockIcon() {
+    const PrinterRecord* printer = printerDict_.get();
+    const QIcon icon =
+        tintoral::dockIcon(inkDictOf(printer), rgbColorsOf(printer), dockBackground());
+    QApplication::setWindowIcon(icon);
+    dockIcon_->setIcon(icon);
+    dockIcon_->setToolTip(printer ? shown(printer->text(keys::printerId))
+                                  : QStringLiteral("Tintoral"));
+}
+
+bool AppController::eventFilter(QObject* watched, QEvent* event) {
+    if (watched == window_.get() && event->type() == QEvent::Close) windowWillClose();
+    return QObject::eventFilter(watched, event);
+}
+
+void AppController::windowWillClose() {
+    if (printerDict_) defaults_.setPrinterId(printerDict_->text(keys::printerId));
+    defaults_.synchronize();
+    dockIcon_->hide();
+    QCoreApplication::quit();
+}
+
+}  // namespace tintoral

@@ -1,0 +1,100 @@
+// The main window's controller: owns the printer table and the selected record for the whole run,
+// updates the selected printer when asked, and shows what came of it.
+//
+// There is no timer: an update runs when a printer is selected, when the person asks for it, and at
+// start or on re-selection when the last levels are older than ten minutes. Updates block the
+// window for at most the time-outs of the transport, under a wait cursor.
+#pragma once
+
+#include <QMainWindow>
+#include <QObject>
+#include <QSystemTrayIcon>
+#include <memory>
+#include <vector>
+
+#include "app/browser_controller.h"
+#include "monitor/printer_popup.h"
+#include "records/icon_path_table.h"
+#include "records/model_table.h"
+#include "records/printer_table.h"
+#include "records/user_defaults.h"
+
+class QAction;
+class QImage;
+
+namespace Ui {
+class MainWindow;
+}
+
+namespace tintoral {
+
+class AppController : public QObject {
+    Q_OBJECT
+
+  public:
+    // The files are those of the person who runs the program; nothing is read before
+    // awakeFromNib().
+    AppController();
+    ~AppController() override;
+
+    // Start-up: loads and prunes the printer table, fills the pop-up, shows the last levels of the
+    // selected printer and updates it when they are stale. The window is shown before the first
+    // update runs.
+    void awakeFromNib();
+
+    // Selects a printer, adds it when it is new, and updates it.
+    void doSelectPrinter(const PrinterRecordPtr& printer);
+
+    QMainWindow& myWindow() { return *window_; }
+
+  public Q_SLOTS:
+    void printerIdPoupSelected(int index);
+    void updateButtonPressed();
+    void menuItemNozzleOptions();
+    void useModelIconMenuSelected();
+    void showSelectionWindow();
+    void showAboutPanel();
+    void openProductPage();
+
+  protected:
+    // The window's close: windowWillClose().
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+  private:
+    void loadRecords();
+    void connectActions();
+    void observeNotifications();
+    void handlePrinterFound(const PrinterRecordPtr& printer);
+    void handlePrinterRemoved(const PrinterRecordPtr& printer);
+
+    void fillPopup();
+    void restoreLastLevels();
+    void addNewPrinter(const PrinterRecordPtr& printer);
+    void updateWhenStale();
+    void storePrinterTable();
+
+    void updateUI();
+    void updateStatus();
+    void updatePopup();
+    void changeWindowHeightByColor(int inkCount);
+    void updateMenus();
+    void updateDockIcon();
+    QImage dockBackground() const;
+    void windowWillClose();
+    void notInThisVersion();
+    QAction* maintenanceAction(int option) const;
+
+    std::unique_ptr<QMainWindow> window_;
+    std::unique_ptr<Ui::MainWindow> ui_;
+    std::unique_ptr<QSystemTrayIcon> dockIcon_;
+    std::unique_ptr<BrowserController> browserWindow_;
+    UserDefaults defaults_;
+    ModelTable printerItemDict_;
+    PrinterTable printerTable_;
+    std::vector<IconPathEntry> iconPathTable_;
+    PrinterPopup popup_;
+    PrinterRecordPtr printerDict_;  // the selected record, or none
+    bool useModelIcon_ = false;
+};
+
+}  // namespace tintoral

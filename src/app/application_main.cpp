@@ -1,0 +1,31 @@
+// The window module's one entry, called by the executable when it is started as a window.
+#include <QApplication>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/app_controller.h"
+
+namespace {
+
+// Without a display the toolkit would end the program with an abort and a page of advice.
+void reportNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&) {
+    if (type != QtFatalMsg) return;
+    std::fputs("Tintoral: the display cannot be opened\n", stderr);
+    std::_Exit(EXIT_FAILURE);
+}
+
+}  // namespace
+
+extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, char** argv) {
+    QCoreApplication::setApplicationName(QStringLiteral("Tintoral"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(TINTORAL_VERSION));
+    const QtMessageHandler usual = qInstallMessageHandler(reportNoDisplay);
+    QApplication application(argc, argv);
+    qInstallMessageHandler(usual);
+    QApplication::setQuitOnLastWindowClosed(
+        false);  // closing the main window quits; a dialog's close does not
+    tintoral::AppController controller;
+    controller.awakeFromNib();
+    controller.myWindow().show();
+    return QApplication::exec();
+}

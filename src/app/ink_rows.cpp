@@ -1,0 +1,42 @@
+#include "app/ink_rows.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
+
+#include "ink/color_vocabulary.h"
+#include "records/printer_record.h"
+#include "support/text.h"
+
+namespace tintoral {
+namespace {
+
+int levelOf(const Dictionary& inkDict, std::string_view name) {
+    using Limits = std::numeric_limits<int>;
+    const std::int64_t level = inkDict.integer(name).value_or(0);
+    return static_cast<int>(std::clamp<std::int64_t>(level, Limits::min(), Limits::max()));
+}
+
+InkColor colorOf(std::string_view name, std::string_view rgbColor, Picture picture) {
+    // Printers also report words such as "none" in place of a colour.
+    if (rgbColor.starts_with('#')) return colorByRGBColor(rgbColor);
+    return nscolorByColorID(colorIDByColorName(name), picture);
+}
+
+}  // namespace
+
+std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::string>& rgbColors,
+                            Picture picture) {
+    std::vector<InkRow> rows;
+    for (const std::string& name :
+         inkDict.texts(keys::colors).value_or(std::vector<std::string>())) {
+        const std::size_t index = rows.size();
+        if (index == InkQuantities::kCapacity) break;
+        const std::string_view rgbColor =
+            index < rgbColors.size() ? rgbColors[index] : std::string_view();
+        rows.push_back({cleanText(name), levelOf(inkDict, name), colorOf(name, rgbColor, picture)});
+    }
+    return rows;
+}
+
+}  // namespace tintoral

@@ -1,0 +1,25 @@
+// What both pictures draw of a reading: its inks in their order, each with its name, level and
+// colour.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/ink_colors.h"
+#include "support/property_list.h"
+
+namespace tintoral {
+
+struct InkRow {
+    std::string name;  // fit to show
+    int level;         // percent, or a negative marker
+    InkColor color;
+};
+
+// The rows of `inkDict`, at most 20 (a record holds no more inks), none when it has no "Colors". An
+// ink whose level is absent or no integer has the level 0. `rgbColors` goes by position; where it
+// has no "#..." text the ink's name gives the colour.
+std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::string>& rgbColors,
+                            Picture picture);
+
+}  // namespace tintoral

@@ -1,0 +1,10 @@
+#include "app/notification_center.h"
+
+namespace tintoral {
+
+NotificationCenter& NotificationCenter::defaultCenter() {
+    static NotificationCenter center;
+    return center;
+}
+
+}  // namespace tintoral

@@ -1,0 +1,90 @@
+#include "monitor/record_rules.h"
+
+#include <array>
+
+#include "transport/net/raw_port.h"
+
+namespace tintoral {
+namespace {
+
+constexpr std::array kAddressKeys{keys::ipAdrs, keys::ippURL};
+constexpr std::array kSelectedKeys{keys::devModelName, keys::serialID};
+constexpr std::array kFoundKeys{keys::port, keys::usbVStatus, keys::usbS, keys::serialID};
+
+// A base station may give a printer another port, host or queue at any time.
+constexpr std::array kAirPortKeys{keys::kind, keys::serviceType, keys::port, keys::hostName,
+                                  keys::usbPrinterName};
+
+template <typename Keys>
+void copyPresent(const PrinterRecord& from, PrinterRecord& to, const Keys& names) {
+    for (const std::string_view key : names) {
+        if (const Value* value = from.find(key)) to.set(key, *value);
+    }
+}
+
+void copyEvenAbsent(const PrinterRecord& from, PrinterRecord& to, std::string_view key) {
+    if (const Value* value = from.find(key)) {
+        to.set(key, *value);
+    } else {
+        to.remove(key);
+    }
+}
+
+bool isLocal(std::string_view kind) {
+    return kind.starts_with("USB") || kind.starts_with("bjn");
+}
+
+}  // namespace
+
+void prepareAtStart(PrinterRecord& printer) {
+    if (isLocal(printer.text(keys::kind))) {
+        printer.set(keys::printerStatus, "unknown");
+    } else if (printer.text(keys::addedByAddress) == kYes) {
+        printer.set(keys::active, kYes);
+    } else {
+        printer.set(keys::active, kNo);
+    }
+}
+
+void copySelectedValues(const PrinterRecord& chosen, PrinterRecord& known) {
+    copyPresent(chosen, known, kAddressKeys);
+    copyPresent(chosen, known, kSelectedKeys);
+    const bool keepsItsPort = known.text(keys::kind).starts_with("riousb");
+    if (!keepsItsPort) copyPresent(chosen, known, std::array{keys::port});
+    if (chosen.text(keys::serverType) != server_types::airPort) return;
+    for (const std::string_view key : kAirPortKeys) copyEvenAbsent(chosen, known, key);
+}
+
+void copyFoundValues(const PrinterRecord& found, PrinterRecord& known) {
+    known.set(keys::active, kYes);
+    copyPresent(found, known, kAddressKeys);
+    copyPresent(found, known, kFoundKeys);
+    if (found.text(keys::serverType) == server_types::airPort)
+        copyPresent(found, known, kAirPortKeys);
+}
+
+StatusLine statusLine(const PrinterRecord* printer) {
+    if (!printer) return {"Printer is not selected", false};
+    const std::string status = printer->text(keys::printerStatus);
+    if (status == "Offline") return {status, false};
+    if (status == "Online but can't get ink levels") return {status, true};
+    if (printer->text(keys::active) == kNo) return {"Offline", false};
+    return {status.empty() ? "Unknown" : status, true};
+}
+
+bool levelsAreStale(const PrinterRecord& printer, Date now) {
+    constexpr int kMinutes = 10;
+    const Dictionary* inkDict = printer.dictionary(keys::inkDict);
+    const auto date = inkDict ? inkDict->date(keys::date) : std::nullopt;
+    return date && now - *date > std::chrono::minutes(kMinutes);
+}
+
+void sendMaintenance(const PrinterRecord& printer, int option) {
+    const std::string serverType = printer.text(keys::serverType);
+    const bool networked =
+        serverType == server_types::airPort || serverType == server_types::network;
+    if (networked && printer.text(keys::kind).starts_with("por"))
+        port9100NozzleOptions(printer, option);
+}
+
+}  // namespace tintoral

@@ -1,0 +1,103 @@
+#include "transport/net/raw_port.h"
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "netproto/record_supplies.h"
+#include "transport/net/sockets.h"
+#include "vendors/canon.h"
+#include "vendors/epson.h"
+#include "vendors/epson_chain.h"
+#include "vendors/epson_exchange.h"
+
+namespace tintoral {
+namespace {
+
+constexpr std::string_view kEpson = "EPSON";
+constexpr std::string_view kCanon = "Canon";
+
+constexpr int kUnreachable = -1;
+constexpr std::size_t kLongestAddress = 64;
+constexpr std::uint16_t kUsualPort = 9100;
+
+struct Target {
+    std::string host;
+    std::uint16_t port;
+};
+
+bool isInactive(const PrinterRecord& printer) {
+    return printer.text(keys::active) == kNo;
+}
+
+std::optional<Target> targetOf(const PrinterRecord& printer) {
+    const std::string host = printer.text(keys::ipAdrs).substr(0, kLongestAddress);
+    const auto port = printer.integer(keys::port).value_or(0);
+    if (host.empty() || port < 1 || port > 65535) return std::nullopt;
+    return Target{host, static_cast<std::uint16_t>(port)};
+}
+
+std::string_view firstEpsonCommand(const PrinterRecord& printer) {
+    const bool speaksD4 = printer.text(keys::usbCmd).find("D4") != std::string::npos;
+    return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
+}
+
+// One remote-mode inquiry. What it refers to must outlive the link.
+EpsonLink remoteLink(std::string_view commandType, const Target& target, InkQuantities& record,
+                     BoundedText& status) {
+    return {commandType, [&, variant = epsonVariant(commandType)] {
+                return tcpEpsonRCInquiry(target.host, target.port, variant, status, record,
+                                         nullptr);
+            }};
+}
+
+int epsonInkStatus(PrinterRecord& printer, const Target& target, InkQuantities& record,
+                   BoundedText& status) {
+    // No IEEE 1284.4 link over the network yet: that one is never reached.
+    const std::array links{EpsonLink{epson_commands::d4, {}},
+                           remoteLink(epson_commands::rc, target, record, status),
+                           remoteLink(epson_commands::rc1, target, record, status),
+                           remoteLink(epson_commands::rc0, target, record, status)};
+    return runEpsonChain(printer, firstEpsonCommand(printer), links);
+}
+
+std::size_t maintenanceCommand(const PrinterRecord& printer, int option, MutableBytes buffer) {
+    const std::string maker = printer.text(keys::makerName);
+    if (maker == kEpson) {
+        return mkEpsonNozzleOption(buffer, printer.text(keys::modelName), option);
+    }
+    return maker == kCanon ? mkCanonNozzleOption(buffer, option) : 0;
+}
+
+}  // namespace
+
+int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
+    if (isInactive(printer)) return 0;
+    const auto target = targetOf(printer);
+    if (!target) return kUnreachable;
+    const std::string maker = printer.text(keys::makerName);
+    if (maker == kEpson) return epsonInkStatus(printer, *target, record, status);
+    if (maker == kCanon) return kUnreachable;
+    return inkStatusOfRecordByPMib(printer, target->host, record, status);
+}
+
+int port9100GetEpsonRemoteInkStatus(PrinterRecord& printer, InkQuantities& record,
+                                    BoundedText& status) {
+    const Target target{printer.text(keys::ipAdrs).substr(0, kLongestAddress), kUsualPort};
+    if (target.host.empty()) return kUnreachable;
+    const std::array links{remoteLink(epson_commands::rc, target, record, status),
+                           remoteLink(epson_commands::rc1, target, record, status),
+                           remoteLink(epson_commands::rc0, target, record, status)};
+    return runEpsonChain(printer, epson_commands::rc, links);
+}
+
+void port9100NozzleOptions(const PrinterRecord& printer, int option) {
+    if (isInactive(printer)) return;
+    const auto target = targetOf(printer);
+    if (!target) return;
+    std::array<std::uint8_t, 256> command{};
+    const std::size_t size = maintenanceCommand(printer, option, command);
+    if (size > 0) tcpSend(target->host, target->port, Bytes(command).first(size));
+}
+
+}  // namespace tintoral

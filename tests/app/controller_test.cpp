@@ -1,0 +1,182 @@
+// The main window with real clicks, against a virtual printer on a real socket.
+#include "app/app_controller.h"
+
+#include <gtest/gtest.h>
+
+#include <QAction>
+#include <QComboBox>
+#include <QLabel>
+#include <QPushButton>
+#include <QtTest/QTest>
+#include <optional>
+
+#include "app/notification_center.h"
+#include "history/ink_history_store.h"
+#include "monitor/address_probe.h"
+#include "support/tcp_peer.h"
+#include "support/temporary_folder.h"
+#include "support/test_clock.h"
+#include "support/virtual_epson.h"
+
+namespace tintoral {
+namespace {
+
+using std::chrono::minutes;
+
+class MainWindow : public testing::Test {
+  protected:
+    MainWindow() {
+        peer_.emplace("127.0.0.1", 9100,
+                      test::TcpScript{[this] { epson_.connected(); },
+                                      [this](Bytes bytes) { return epson_.onReceive(bytes); }});
+        start();
+    }
+
+    // Starts the program (again) on the same home.
+    void start() {
+        controller_.reset();
+        controller_.emplace();
+        controller_->awakeFromNib();
+        controller_->myWindow().show();
+        QCoreApplication::processEvents();
+    }
+
+    static PrinterRecordPtr printerAt(const std::string& host) {
+        return makeAddressedRecord({host, Connection::RawPort, 9100, "EPSON Stylus C84"});
+    }
+
+    void choose(const PrinterRecordPtr& printer) {
+        Q_EMIT NotificationCenter::defaultCenter().VTnewPrinterSelected(printer);
+    }
+
+    template <typename Widget>
+    Widget& find(const char* name) {
+        return *controller_->myWindow().findChild<Widget*>(QLatin1String(name));
+    }
+    std::string status() { return find<QLabel>("statusField").text().toStdString(); }
+    QPushButton& updateButton() { return find<QPushButton>("updateButton"); }
+    int contentHeight() { return find<QWidget>("content").height(); }
+    QStringList popupTitles() {
+        QStringList titles;
+        const auto& popup = find<QComboBox>("printerIdPopup");
+        for (int i = 0; i < popup.count(); ++i) titles << popup.itemText(i);
+        return titles;
+    }
+
+    test::TemporaryFolder home_;
+    test::ScopedEnvironment homeVariable_{"HOME", home_.path()};
+    test::ScopedEnvironment configVariable_{"XDG_CONFIG_HOME", home_ / "config"};
+    test::TestClock clock_;
+    ScopedClock scopedClock_{clock_};
+    test::VirtualEpson epson_;
+    std::optional<test::TcpPeer> peer_;
+    std::optional<AppController> controller_;
+};
+
+TEST_F(MainWindow, WithoutPrintersOffersToSelectOne) {
+    EXPECT_EQ(status(), "Printer is not selected");
+    EXPECT_FALSE(updateButton().isEnabled());
+    EXPECT_EQ(find<QLabel>("lastUpdateField").text(), "Last update: not updated yet");
+    EXPECT_EQ(contentHeight(), 422);
+    EXPECT_EQ(popupTitles(), QStringList({"", "Select printer"}));
+    EXPECT_EQ(find<QComboBox>("printerIdPopup").currentIndex(), 1);
+    for (const char* item :
+         {"actionInkHistory", "actionDiagnose", "actionUseModelIcon", "actionNozzleCleaning",
+          "actionPrintNozzleCheckPattern", "actionCleaningAndTestPrint"}) {
+        EXPECT_FALSE(find<QAction>(item).isEnabled()) << item;
+    }
+    EXPECT_TRUE(find<QAction>("actionCheckUpdate").isEnabled());
+}
+
+TEST_F(MainWindow, AChosenPrinterIsUpdatedShownAndKept) {
+    const PrinterRecordPtr printer = printerAt("127.0.0.1");
+    const std::string id = printer->text(keys::printerId);
+    choose(printer);
+    EXPECT_EQ(status(), "Idle");
+    EXPECT_TRUE(updateButton().isEnabled());
+    EXPECT_EQ(contentHeight(), 422 - 6 * 25);
+    EXPECT_EQ(popupTitles(), QStringList({QString::fromStdString(id), "", "Select printer"}));
+    const auto kept = lastLevelForPrinterId(id);
+    ASSERT_TRUE(kept);
+    EXPECT_EQ(kept->integer("Cyan"), 42);
+    const UserDefaults defaults;
+    EXPECT_EQ(defaults.printerId(), id);
+    ASSERT_EQ(defaults.printerTable().size(), 1U);
+    EXPECT_EQ(defaults.printerTable()[0].as<Dictionary>()->text(keys::commandType), "RC");
+}
+
+TEST_F(MainWindow, RestartShowsTheLastLevelsAndAsksAgainOnlyWhenTheyAreStale) {
+    choose(printerAt("127.0.0.1"));
+    const std::size_t heardBefore = epson_.heard().size();
+    start();
+    EXPECT_EQ(contentHeight(), 422 - 6 * 25);
+    EXPECT_TRUE(updateButton().isEnabled());
+    EXPECT_EQ(epson_.heard().size(), heardBefore);
+    clock_.advance(minutes(11));
+    start();
+    EXPECT_GT(epson_.heard().size(), heardBefore);
+    EXPECT_EQ(status(), "Idle");
+}
+
+TEST_F(MainWindow, AnUnreachablePrinterKeepsItsLastLevels) {
+    choose(printerAt("127.0.0.1"));
+    peer_.reset();
+    QTest::mouseClick(&updateButton(), Qt::LeftButton);
+    EXPECT_EQ(status(), "Offline");
+    EXPECT_FALSE(updateButton().isEnabled());
+    EXPECT_EQ(contentHeight(), 422 - 6 * 25);
+    EXPECT_NE(find<QLabel>("lastUpdateField").text(), "Last update: not updated yet");
+}
+
+TEST_F(MainWindow, MaintenanceGoesToThePrinterThatKnowsIt) {
+    choose(printerAt("127.0.0.1"));
+    EXPECT_TRUE(find<QAction>("actionPrintNozzleCheckPattern").isEnabled());
+    EXPECT_FALSE(find<QAction>("actionCleaningAndTestPrint").isEnabled());
+    find<QAction>("actionNozzleCleaning").trigger();
+    EXPECT_TRUE(peer_->waitForClients(2));
+    EXPECT_EQ(epson_.jobs(), std::vector<std::string>{"cleaning"});
+}
+
+TEST_F(MainWindow, AnnouncementsChangeTheSelectedPrinterAndNoOther) {
+    const PrinterRecordPtr other = printerAt("127.0.0.2");
+    choose(other);
+    const PrinterRecordPtr selected = printerAt("127.0.0.1");
+    choose(selected);
+    auto& center = NotificationCenter::defaultCenter();
+    Q_EMIT center.VTBonjourPrinterRemoved(other);
+    EXPECT_EQ(status(), "Idle");
+    Q_EMIT center.VTBonjourPrinterRemoved(selected);
+    EXPECT_EQ(status(), "Offline");
+    EXPECT_FALSE(updateButton().isEnabled());
+    Q_EMIT center.VTBonjourPrinterFound(selected);
+    EXPECT_EQ(status(), "Online");
+    EXPECT_TRUE(updateButton().isEnabled());
+}
+
+TEST_F(MainWindow, PopupSwitchesPrintersAndSelectPrinterDoesNotStay) {
+    choose(printerAt("127.0.0.2"));
+    EXPECT_EQ(status(), "Offline");
+    choose(printerAt("127.0.0.1"));
+    auto& popup = find<QComboBox>("printerIdPopup");
+    EXPECT_EQ(popup.currentIndex(), 0);
+    Q_EMIT popup.activated(1);
+    EXPECT_EQ(status(), "Offline");
+    EXPECT_EQ(find<QLabel>("lastUpdateField").text(), "Last update: not updated yet");
+    Q_EMIT popup.activated(3);
+    EXPECT_EQ(popup.currentIndex(), 1);
+    auto* browser = controller_->myWindow().findChild<QDialog*>(QStringLiteral("PrinterBrowser"));
+    ASSERT_TRUE(browser);
+    EXPECT_TRUE(browser->isVisible());
+}
+
+TEST_F(MainWindow, ClosingKeepsTheSelection) {
+    choose(printerAt("127.0.0.1"));
+    const PrinterRecordPtr second = printerAt("127.0.0.2");
+    choose(second);
+    Q_EMIT find<QComboBox>("printerIdPopup").activated(1);
+    controller_->myWindow().close();
+    EXPECT_EQ(UserDefaults().printerId(), printerAt("127.0.0.1")->text(keys::printerId));
+}
+
+}  // namespace
+}  // namespace tintoral

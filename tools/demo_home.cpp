@@ -1,0 +1,135 @@
+// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`. It works
+// on the settings and histories of $HOME through the program's own code.
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "history/ink_history_store.h"
+#include "monitor/address_probe.h"
+#include "records/ink_dict.h"
+#include "records/model_merge.h"
+#include "records/printer_table.h"
+
+namespace tintoral {
+namespace {
+
+struct DemoPrinter {
+    AddressRequest request;
+    std::string commandType;          // the variant that worked last
+    std::vector<std::string> colors;  // as the printer reports them
+    std::vector<int> levels;          // of the last reading, in the same order
+};
+
+// The addresses and models are those of tools/virtual_printers.cpp and of the SNMP agent that
+// demo.sh starts.
+std::vector<DemoPrinter> demoPrinters() {
+    const auto raw = [](const char* address, const char* model) {
+        return AddressRequest{address, Connection::RawPort, 9100, model};
+    };
+    return {
+        {raw("127.0.1.11", "EPSON Stylus Photo R300"),
+         "RC0",
+         {"Black", "Cyan", "Magenta", "Yellow", "Light Cyan", "Light Magenta"},
+         {84, 62, 47, 71, 33, 28}},
+        {raw("127.0.1.12", "EPSON Stylus CX6400"),
+         "RC1",
+         {"Black", "Cyan", "Magenta", "Yellow"},
+         {75, 12, 60, 38}},
+        {raw("127.0.1.13", "EPSON Stylus Photo R800"),
+         "RC",
+         {"Black", "Cyan", "Magenta", "Yellow", "Red", "Blue", "Gloss Optimizer"},
+         {92, 55, 43, 38, 12, 67, 81}},
+        {{"127.0.1.14", Connection::PrinterMib, 9100, "Lexmark C543"},
+         "",
+         {"Black", "Cyan", "Magenta", "Yellow"},
+         {50, 41, 36, 88}},
+        {raw("127.0.1.15", "EPSON AcuLaser C1100"),
+         "RC0",
+         {"Black", "Cyan", "Magenta", "Yellow"},
+         {64, 51, 48, 77}},
+    };
+}
+
+// A reading for each of the last `days` days: cartridges run down and are replaced, each at its own
+// pace.
+void seedHistory(const PrinterRecord& printer, const DemoPrinter& demo) {
+    constexpr int kDays = 200;
+    Array history;
+    for (int daysAgo = kDays; daysAgo >= 1; daysAgo -= 2) {
+        InkQuantities inks;
+        for (std::size_t i = 0; i < demo.levels.size(); ++i) {
+            const int usedPerWeek = 3 + static_cast<int>(i) % 4;
+            const int level = (demo.levels[i] + daysAgo * usedPerWeek / 7) % 101;
+            inks.entries[i] = {0, static_cast<std::int8_t>(level)};
+        }
+        history.emplace_back(
+            makeInkDict(demo.colors, inks, currentDate() - std::chrono::days(daysAgo)));
+    }
+    writePropertyListFile(historyFolder() / printer.text(keys::printerId), history);
+}
+
+int seed() {
+    const ModelTable models = ModelTable::load(modelTablePath());
+    UserDefaults defaults;
+    PrinterTable table;
+    prepareHistoryFolder();
+    for (const DemoPrinter& demo : demoPrinters()) {
+        const PrinterRecordPtr printer = makeAddressedRecord(demo.request);
+        printer->set(keys::colors, demo.colors);
+        if (!demo.commandType.empty()) printer->set(keys::commandType, demo.commandType);
+        updatePrinterDict(*printer, models);
+        table.push_back(printer);
+        seedHistory(*printer, demo);
+        defaults.setPrinterId(printer->text(keys::printerId));
+    }
+    storePrinterTable(table, defaults);
+    return defaults.synchronize() ? 0 : 1;
+}
+
+int list() {
+    for (const PrinterRecordPtr& printer : loadPrinterTable(UserDefaults())) {
+        std::printf("%s\n", printer->text(keys::printerId).c_str());
+    }
+    return 0;
+}
+
+int select(std::string_view id) {
+    UserDefaults defaults;
+    defaults.setPrinterId(id);
+    return defaults.synchronize() ? 0 : 1;
+}
+
+void printLevels(const PrinterRecord& printer) {
+    std::printf("%s: %s\n", printer.text(keys::printerName).c_str(),
+                printer.text(keys::printerStatus).c_str());
+    const Dictionary* inkDict = printer.dictionary(keys::inkDict);
+    if (!inkDict) return;
+    for (const std::string& color :
+         inkDict->texts(keys::colors).value_or(std::vector<std::string>())) {
+        std::printf("  %-24s %4d %%\n", color.c_str(),
+                    static_cast<int>(inkDict->integer(color).value_or(0)));
+    }
+}
+
+int levels() {
+    for (const PrinterRecordPtr& printer : loadPrinterTable(UserDefaults())) printLevels(*printer);
+    return 0;
+}
+
+int run(int argc, char** argv) {
+    const std::string_view command = argc > 1 ? argv[1] : "";
+    if (command == "seed") return seed();
+    if (command == "list") return list();
+    if (command == "select" && argc == 3) return select(argv[2]);
+    if (command == "levels") return levels();
+    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels\n", stderr);
+    return 2;
+}
+
+}  // namespace
+}  // namespace tintoral
+
+int main(int argc, char** argv) {
+    return tintoral::run(argc, argv);
+}
