@@ -10,7 +10,7 @@ class SystemClock final : public Clock {
     std::chrono::sys_time<std::chrono::milliseconds> now() override {
         return std::chrono::floor<std::chrono::milliseconds>(std::chrono::system_clock::now());
     }
-    void pause(std::chrono::milliseconds duration) override {
+    void pause(std::chrono::microseconds duration) override {
         std::this_thread::sleep_for(duration);
     }
 };
@@ -31,7 +31,7 @@ Date currentDate() {
     return std::chrono::floor<std::chrono::seconds>(currentTime());
 }
 
-void pauseFor(std::chrono::milliseconds duration) {
+void pauseFor(std::chrono::microseconds duration) {
     activeClock()->pause(duration);
 }
 

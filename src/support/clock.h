@@ -15,7 +15,7 @@ class Clock {
   public:
     virtual ~Clock() = default;
     virtual std::chrono::sys_time<std::chrono::milliseconds> now() = 0;
-    virtual void pause(std::chrono::milliseconds duration) = 0;
+    virtual void pause(std::chrono::microseconds duration) = 0;
 };
 
 // The moment, cut to whole seconds.
@@ -25,7 +25,7 @@ Date currentDate();
 std::chrono::sys_time<std::chrono::milliseconds> currentTime();
 
 // Does nothing for `duration`.
-void pauseFor(std::chrono::milliseconds duration);
+void pauseFor(std::chrono::microseconds duration);
 
 // While it lives, the program runs by `clock`, which its maker owns. Scopes nest.
 class ScopedClock {

@@ -126,7 +126,7 @@ TEST_F(CommandFilterTest, AsksEachMakerForItsLevels) {
     EXPECT_EQ(printed("EPSON", "RC0", command), epsonExchange(0));
     EXPECT_EQ(printed("EPSON", "RC1", command), epsonExchange(1));
     EXPECT_EQ(printed("EPSON", "other", command), epsonExchange(2));
-    EXPECT_EQ(clock_.pauses(), (std::vector{500ms, 500ms, 500ms}));
+    EXPECT_EQ(clock_.pauses(), (std::vector<std::chrono::microseconds>{500ms, 500ms, 500ms}));
     const std::string ask = built([](auto b) { return mkCanonStatusInquire("iP4300", b, ""); });
     EXPECT_EQ(printed("Canon", "iP4300", command), ask + "\x1B[K\x0B\0\0\x1E\0\x09SSR=DF;"s);
     // For "IVEC" only NULs go out, and no exit command, as meant.

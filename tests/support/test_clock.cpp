@@ -2,7 +2,7 @@
 
 namespace tintoral::test {
 
-void TestClock::pause(std::chrono::milliseconds duration) {
+void TestClock::pause(std::chrono::microseconds duration) {
     pauses_.push_back(duration);
     advance(duration);
 }

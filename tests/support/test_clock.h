@@ -12,15 +12,17 @@ class TestClock final : public Clock {
     explicit TestClock(Date start = std::chrono::sys_days{std::chrono::year{2026} / 3 / 14})
         : now_(start) {}
 
-    std::chrono::sys_time<std::chrono::milliseconds> now() override { return now_; }
-    void pause(std::chrono::milliseconds duration) override;
+    std::chrono::sys_time<std::chrono::milliseconds> now() override {
+        return std::chrono::floor<std::chrono::milliseconds>(now_);
+    }
+    void pause(std::chrono::microseconds duration) override;
 
-    void advance(std::chrono::milliseconds duration) { now_ += duration; }
-    const std::vector<std::chrono::milliseconds>& pauses() const { return pauses_; }
+    void advance(std::chrono::microseconds duration) { now_ += duration; }
+    const std::vector<std::chrono::microseconds>& pauses() const { return pauses_; }
 
   private:
-    std::chrono::sys_time<std::chrono::milliseconds> now_;
-    std::vector<std::chrono::milliseconds> pauses_;
+    std::chrono::sys_time<std::chrono::microseconds> now_;
+    std::vector<std::chrono::microseconds> pauses_;
 };
 
 }  // namespace tintoral::test

@@ -56,7 +56,7 @@ struct Query {
     StatusText status{"before"};
     InkQuantities ink;
     milliseconds took;
-    milliseconds paused;
+    std::chrono::microseconds paused;
 
     explicit Query(PrinterRecord& record) {
         run([&] { return port9100GetInkStatus(record, ink, status); });
@@ -79,7 +79,7 @@ struct Query {
         const auto start = std::chrono::steady_clock::now();
         result = call();
         took = std::chrono::duration_cast<milliseconds>(std::chrono::steady_clock::now() - start);
-        paused = std::accumulate(clock.pauses().begin(), clock.pauses().end(), 0ms);
+        paused = std::accumulate(clock.pauses().begin(), clock.pauses().end(), 0us);
     }
 };
 

@@ -1,0 +1,127 @@
+#include "transport/channels/packet.h"
+
+#include <algorithm>
+#include <limits>
+
+namespace tintoral {
+namespace {
+
+void writeHeader(ByteWriter& writer, const PacketHeader& header) {
+    writer.u8(header.psid).u8(header.ssid).be16(header.length).u8(header.credit).u8(header.control);
+}
+
+// A transaction: a packet on socket 0.
+std::size_t writeTransaction(MutableBytes buffer, std::uint8_t credit, Bytes payload) {
+    ByteWriter writer(buffer);
+    const auto length = static_cast<std::uint16_t>(kPacketHeaderSize + payload.size());
+    writeHeader(writer, {.length = length, .credit = credit});
+    writer.bytes(payload);
+    return writer.finish();
+}
+
+}  // namespace
+
+std::optional<Packet> parsePacket(Bytes received) {
+    ByteReader reader(received);
+    Packet packet;
+    packet.header.psid = reader.u8();
+    packet.header.ssid = reader.u8();
+    packet.header.length = reader.be16();
+    packet.header.credit = reader.u8();
+    packet.header.control = reader.u8();
+    if (reader.failed() || packet.header.length < kPacketHeaderSize) return std::nullopt;
+    packet.payload =
+        reader.take(std::min(packet.header.length - kPacketHeaderSize, reader.remaining()));
+    return packet;
+}
+
+std::optional<Transaction> parseTransaction(Bytes received) {
+    const auto packet = parsePacket(received);
+    if (!packet || !packet->onSocket(0) || packet->payload.empty()) return std::nullopt;
+    ByteReader reader(packet->payload);
+    Transaction transaction{.payload = packet->payload};
+    transaction.command = reader.u8();
+    transaction.succeeded = reader.u8() == 0 && !reader.failed();
+    return transaction;
+}
+
+std::uint8_t byteAt(Bytes packet, std::size_t offset) {
+    ByteReader reader(packet);
+    reader.skip(offset);
+    return reader.u8();
+}
+
+std::uint16_t be16At(Bytes packet, std::size_t offset) {
+    ByteReader reader(packet);
+    reader.skip(offset);
+    return reader.be16();
+}
+
+void setCommand(PacketChannel& channel, std::uint8_t credit, Bytes payload) {
+    channel.commandLength = writeTransaction(channel.command, credit, payload);
+    channel.expectedReply = byteAt(payload, 0) | packet_command::kReplyBit;
+}
+
+void setCommand(PacketChannel& channel, std::uint8_t credit,
+                std::initializer_list<std::uint8_t> payload) {
+    setCommand(channel, credit, Bytes(payload.begin(), payload.size()));
+}
+
+int sendCommand(const PacketChannel& channel) {
+    if (channel.commandLength == 0) return -1;
+    return ioSend(channel.handle, Bytes(channel.command).first(channel.commandLength));
+}
+
+std::size_t receiveReply(PacketChannel& channel, std::size_t maximum,
+                         std::chrono::milliseconds timeout) {
+    const MutableBytes room =
+        MutableBytes(channel.reply).first(std::min(maximum, channel.reply.size()));
+    const int count = ioPacketRecv(channel.handle, room, timeout);
+    const std::size_t received = count > 0 ? static_cast<std::size_t>(count) : 0;
+    const auto packet = parsePacket(Bytes(room).first(received));
+    channel.replyLength = packet ? kPacketHeaderSize + packet->payload.size() : received;
+    return received;
+}
+
+void dropReply(PacketChannel& channel) {
+    channel.replyLength = 0;
+}
+
+void addCredit(PacketChannel& channel, std::uint16_t credit) {
+    constexpr unsigned kMost = std::numeric_limits<std::uint16_t>::max();
+    const unsigned sum = unsigned{channel.sendCredit} + credit;
+    channel.sendCredit = static_cast<std::uint16_t>(std::min(sum, kMost));
+}
+
+void answer(const PacketChannel& channel, std::uint8_t credit,
+            std::initializer_list<std::uint8_t> payload) {
+    std::array<std::uint8_t, 16> packet;
+    const std::size_t length =
+        writeTransaction(packet, credit, Bytes(payload.begin(), payload.size()));
+    if (length > 0) ioSend(channel.handle, Bytes(packet).first(length));
+}
+
+void refuse(const PacketChannel& channel, PacketHeader header, std::uint8_t command,
+            MutableBytes buffer) {
+    header.length = 8;
+    ByteWriter writer(buffer);
+    writeHeader(writer, header);
+    writer.u8(command | packet_command::kReplyBit).u8(1);
+    if (!writer.failed()) ioSend(channel.handle, writer.written());
+}
+
+ByteWriter& writeDataHeader(ByteWriter& writer, const PacketChannel& channel,
+                            std::size_t dataLength) {
+    const auto length = static_cast<std::uint16_t>(kPacketHeaderSize + dataLength);
+    writeHeader(writer, {.psid = channel.socketId, .ssid = channel.socketId, .length = length});
+    return writer;
+}
+
+std::size_t takeData(PacketChannel& channel, const Packet& packet, MutableBytes buffer) {
+    const Bytes data = packet.payload.first(std::min(packet.payload.size(), buffer.size()));
+    std::ranges::copy(data, buffer.begin());
+    if (channel.readCredit > 0) --channel.readCredit;
+    return data.size();
+}
+
+}  // namespace tintoral

@@ -1,0 +1,48 @@
+// An Epson printer that speaks IEEE 1284.4 and has one service, "EPSON-CTRL" on socket 2.
+//
+//   text "@EJL 1284.4\n@EJL\n@EJL\n" -> packet mode -> transactions, data -> Exit -> text
+//   commands as data: "st" (status), "ch" (cleaning), "nc" (nozzle check), "ei" (end)
+#pragma once
+
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "support/virtual_epson.h"
+#include "support/virtual_packet_printer.h"
+
+namespace tintoral::test {
+
+struct D4EpsonSetup {
+    PacketHabits habits = {};
+    bool leftInPacketMode = false;
+    std::vector<EpsonInk> inks{{0, 60}, {1, 42}, {2, 31}, {3, 80}};
+};
+
+class VirtualD4Epson final : public VirtualPacketPrinter {
+  public:
+    explicit VirtualD4Epson(D4EpsonSetup setup = {})
+        : VirtualPacketPrinter(setup.habits),
+          packetMode_(setup.leftInPacketMode),
+          inks_(std::move(setup.inks)) {}
+
+    bool inPacketMode() const { return packetMode_; }
+
+    // The commands heard as data, letters only.
+    const std::vector<std::string>& commands() const { return commands_; }
+
+  private:
+    bool takeText(std::string& heard) override;
+    void onTransaction(std::uint8_t command, Bytes arguments) override;
+    void onData(std::uint8_t socket, Bytes data) override;
+    void onOpenChannel();
+    void onCreditRequest();
+    std::string statusReply() const;
+
+    bool packetMode_;
+    bool revision16_ = true;
+    std::vector<EpsonInk> inks_;
+    std::vector<std::string> commands_;
+};
+
+}  // namespace tintoral::test
