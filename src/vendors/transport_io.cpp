@@ -1,7 +1,5 @@
 #include "vendors/transport_io.h"
 
-#include <sys/socket.h>
-
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -87,9 +85,7 @@ void writeToOutput(Bytes bytes) {
 
 int ioSend(const IoHandle& handle, Bytes bytes) {
     std::visit(Overloaded{
-                   [&](TcpSocket tcp) {
-                       ::send(tcp.descriptor, bytes.data(), bytes.size(), MSG_NOSIGNAL);
-                   },
+                   [&](TcpSocket tcp) { sendOnce(tcp.descriptor, bytes); },
                    [&](UsbPrinter usb) { usb.stream.get().send(bytes); },
                    [&](StandardOutput) { writeToOutput(bytes); },
                    [&](BaseStation station) { station.stream.get().send(bytes); },

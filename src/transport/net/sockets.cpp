@@ -338,12 +338,16 @@ int my_ntoa(BoundedText& text, const sockaddr_in6& address) {
     return 0;
 }
 
+int sendOnce(int socket, Bytes bytes) {
+    return static_cast<int>(::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+}
+
 int tcpSend(const std::string& host, std::uint16_t port, Bytes bytes) {
     const UniqueFd socket = TcpOpenConnection(host, port);
     if (!socket.valid()) return -1;
-    const ssize_t sent = ::send(socket.get(), bytes.data(), bytes.size(), MSG_NOSIGNAL);
+    const int sent = sendOnce(socket.get(), bytes);
     if (sent < 0) std::perror("tcpSend: send ");
-    return static_cast<int>(sent);
+    return sent;
 }
 
 }  // namespace tintoral

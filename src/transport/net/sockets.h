@@ -106,6 +106,10 @@ int gethostnameFromSock(const sockaddr_in& address, BoundedText& name);
 // between. Result: 0.
 int my_ntoa(BoundedText& text, const sockaddr_in6& address);
 
+// One send. Result: bytes sent, which may be fewer; -1 on failure. A peer that is gone gives -1 and
+// never a signal.
+int sendOnce(int socket, Bytes bytes);
+
 // Opens a connection, sends the bytes in one send and closes. Result: bytes sent, or -1 ("tcpSend:
 // send " on standard error when the send failed).
 int tcpSend(const std::string& host, std::uint16_t port, Bytes bytes);
