@@ -124,9 +124,13 @@ bool takeInk(std::string_view& field, InkEntry& entry) {
 
 }  // namespace
 
+bool canonSpeaksIvec(std::string_view commandSet) {
+    return commandSet.find("IVEC") != std::string_view::npos;
+}
+
 std::size_t mkCanonStatusInquire(std::string_view model, MutableBytes buffer,
                                  std::string_view commandSet) {
-    if (commandSet.find("IVEC") != std::string_view::npos) return kCanonIvecStatusRequest.size();
+    if (canonSpeaksIvec(commandSet)) return kCanonIvecStatusRequest.size();
     return frame(buffer, requestText(model));
 }
 

@@ -33,6 +33,9 @@ inline constexpr std::string_view kCanonIvecStatusRequest =
     R"(</ivec:param_set></ivec:contents></cmd>)";
 static_assert(kCanonIvecStatusRequest.size() == 358);
 
+// Whether a command set (the "CMD:" list of the device ID) names that document's language.
+bool canonSpeaksIvec(std::string_view commandSet);
+
 // The status request for a model (exact name); a model outside the table gets the default list of
 // fields. For a command set with "IVEC" only the length of the XML document (358) is returned and
 // the buffer is left as it was, as meant: clear it before you send it.

@@ -107,6 +107,7 @@ void TcpPeer::serve(const std::stop_token& stop) {
 void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
     boundSends(client.get());
     script_.opened();
+    if (!say(stop, client.get(), script_.greeting)) return;
     std::array<std::uint8_t, 4096> buffer{};
     auto lastHeard = Steady::now();
     while (!stop.stop_requested() && Steady::now() - lastHeard < kLongestSilence) {
@@ -123,9 +124,15 @@ bool TcpPeer::answer(const std::stop_token& stop, int client, Bytes request) {
     const std::vector<std::uint8_t> reply = script_.received(request);
     const TcpManners how = manners();
     if (how.resets) resetOnClose(client);
-    if (how.resets || how.silent || reply.empty()) return !how.resets;
+    return !how.resets && say(stop, client, reply);
+}
+
+// Result: false when the client is gone.
+bool TcpPeer::say(const std::stop_token& stop, int client, Bytes reply) {
+    const TcpManners how = manners();
+    if (how.silent || reply.empty()) return true;
     sleepUnlessStopped(stop, how.delay);
-    ByteReader rest(Bytes(reply).first(std::min(how.atMost, reply.size())));
+    ByteReader rest(reply.first(std::min(how.atMost, reply.size())));
     while (!rest.atEnd() && !stop.stop_requested()) {
         const Bytes piece = rest.take(std::min(how.pieceSize, rest.remaining()));
         if (::send(client, piece.data(), piece.size(), MSG_NOSIGNAL) < 0) return false;

@@ -20,6 +20,7 @@ namespace tintoral::test {
 struct TcpScript {
     std::function<void()> opened = [] {};  // a client came
     std::function<std::vector<std::uint8_t>(Bytes)> received;
+    std::vector<std::uint8_t> greeting = {};  // said to each client unasked
 };
 
 // How the peer answers.
@@ -52,6 +53,7 @@ class TcpPeer {
     void serve(const std::stop_token& stop);
     void serveClient(const std::stop_token& stop, UniqueFd client);
     bool answer(const std::stop_token& stop, int client, Bytes request);
+    bool say(const std::stop_token& stop, int client, Bytes reply);
     TcpManners manners() const;
 
     UniqueFd socket_;

@@ -20,21 +20,36 @@ ByteVector bytesOf(std::string_view text) {
     return {text.begin(), text.end()};
 }
 
-std::uint8_t high(std::uint16_t value) {
-    return static_cast<std::uint8_t>(value >> 8);
+void appendBe16(ByteVector& bytes, std::uint16_t value) {
+    bytes.push_back(static_cast<std::uint8_t>(value >> 8));
+    bytes.push_back(static_cast<std::uint8_t>(value));
 }
-std::uint8_t low(std::uint16_t value) {
-    return static_cast<std::uint8_t>(value);
+
+// How many characters at the end of `text` may be the beginning of what asks for packet mode.
+std::size_t beginningsAtEnd(std::string_view text) {
+    std::size_t count = std::min(text.size(), kEnterPacketMode.size() - 1);
+    while (!text.ends_with(kEnterPacketMode.substr(0, count))) --count;
+    return count;
 }
 
 }  // namespace
 
+EpsonSetup VirtualD4Epson::remoteModeWith(std::vector<EpsonInk> inks) {
+    EpsonSetup setup;
+    setup.replies.fill(EpsonReply::None);
+    setup.inks = std::move(inks);
+    setup.cleaningUsesInk = true;
+    return setup;
+}
+
 bool VirtualD4Epson::takeText(std::string& heard) {
     if (packetMode_) return true;
     const auto at = heard.find(kEnterPacketMode);
-    if (at == std::string::npos) return false;
-    heard.erase(0, at + kEnterPacketMode.size());
-    packetMode_ = true;
+    packetMode_ = at != std::string::npos;
+    const std::size_t text = packetMode_ ? at : heard.size() - beginningsAtEnd(heard);
+    remoteMode_.onReceive(asBytes(heard).first(text));
+    heard.erase(0, packetMode_ ? text + kEnterPacketMode.size() : text);
+    if (!packetMode_) return false;
     sayAsIs({0x00, 0x00, 0x00, 0x08, 0x01, 0x00, 0xC5, 0x00});
     return true;
 }
@@ -71,8 +86,8 @@ void VirtualD4Epson::onTransaction(std::uint8_t command, Bytes arguments) {
 
 void VirtualD4Epson::onOpenChannel() {
     ByteVector fields{kSocket, kSocket, 0x00, 0xC8, 0x00, 0xC8};
-    if (!revision16_) fields.insert(fields.end(), {0xFF, 0xFF});
-    fields.insert(fields.end(), {high(habits().creditOnOpen), low(habits().creditOnOpen)});
+    if (!revision16_) appendBe16(fields, 0xFFFF);
+    appendBe16(fields, habits().creditOnOpen);
     reply(kHeaderCredit, kOpenChannel, fields);
 }
 
@@ -87,15 +102,19 @@ void VirtualD4Epson::onCreditRequest() {
 void VirtualD4Epson::onData(std::uint8_t socket, Bytes data) {
     const std::string command(asText(data).substr(0, 2));
     commands_.push_back(command);
-    if (command == "ch") {
-        for (EpsonInk& ink : inks_) ink.level = std::max(ink.level - 2, 0);
-    }
+    if (command == "ch") clean();
     queueData(socket, bytesOf(command == "st" ? statusReply() : command + ":OK;\f"));
+}
+
+void VirtualD4Epson::clean() {
+    std::vector<EpsonInk> inks = remoteMode_.inks();
+    for (EpsonInk& ink : inks) ink.level = std::max(ink.level - 2, 0);
+    remoteMode_.change(remoteModeWith(std::move(inks)));
 }
 
 std::string VirtualD4Epson::statusReply() const {
     std::string inks(1, 3);
-    for (const EpsonInk& ink : inks_) {
+    for (const EpsonInk& ink : remoteMode_.inks()) {
         inks += {'\x01', static_cast<char>(ink.colorCode), static_cast<char>(ink.level)};
     }
     std::string fields("\x01\x01\x04\x0F", 4);

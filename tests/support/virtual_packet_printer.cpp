@@ -1,5 +1,7 @@
 #include "support/virtual_packet_printer.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "transport/channels/packet.h"
@@ -18,7 +20,7 @@ ByteVector packetOn(std::uint8_t socket, std::uint16_t creditAndControl,
                       static_cast<std::uint8_t>(length),
                       static_cast<std::uint8_t>(creditAndControl >> 8),
                       static_cast<std::uint8_t>(creditAndControl)};
-    packet.insert(packet.end(), payload.begin(), payload.end());
+    std::ranges::copy(payload, std::back_inserter(packet));
     return packet;
 }
 
@@ -81,7 +83,7 @@ void VirtualPacketPrinter::reply(std::uint8_t headerCredit, std::uint8_t command
     const auto code =
         static_cast<std::uint8_t>(command ^ (habits_.wrongTo == command ? 0xC0 : kReplyBit));
     ByteVector payload{code, static_cast<std::uint8_t>(habits_.refuses == command ? 1 : 0)};
-    payload.insert(payload.end(), fields.begin(), fields.end());
+    std::ranges::copy(fields, std::back_inserter(payload));
     if (habits_.lateTo == command) {
         late_ = packetOn(0, static_cast<std::uint16_t>(headerCredit << 8), payload);
     } else {
