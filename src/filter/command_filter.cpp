@@ -15,10 +15,12 @@
 #include "records/printer_record.h"
 #include "support/clock.h"
 #include "support/text.h"
+#include "transport/channels/d4_epson.h"
 #include "transport/usb/device_id.h"
 #include "vendors/canon.h"
 #include "vendors/epson.h"
 #include "vendors/hp.h"
+#include "vendors/transport_io.h"
 
 namespace tintoral {
 namespace {
@@ -68,7 +70,7 @@ int queryCanon(const InkQuery& query) {
     // For "IVEC" the buffer is still clear here: that many NULs go out, as meant.
     sendToPrinter(query.ports, Bytes(buffer).first(length));
     pauseFor(kStatusPause);
-    if (query.commandSet.find("IVEC") != std::string_view::npos) return -1;
+    if (canonSpeaksIvec(query.commandSet)) return -1;
     sendToPrinter(query.ports, Bytes(buffer).first(mkCanonExitCmd(buffer)));
     return -1;
 }
@@ -195,8 +197,8 @@ struct FileCloser {
 
 }  // namespace
 
-int d4InkQueryOnStandardOutput(MutableBytes /*reply*/) {
-    return -1;
+int d4InkQueryOnStandardOutput(MutableBytes reply) {
+    return d4GetEpsonInkStatus(StandardOutput{}, reply, nullptr);
 }
 
 std::string connectionKind(std::string_view scheme) {

@@ -32,7 +32,8 @@ namespace tintoral {
 // cleared `reply`. Result: the length of the reply, 0 or less when there is none.
 using D4InkQuery = int (*)(MutableBytes reply);
 
-// The query of this build: there is no D4 channel on standard output, so it answers -1.
+// The query itself (d4_epson.h). Standard output brings nothing back, so the printer is asked for
+// packet mode in vain, and the result is the one for a channel that cannot be opened.
 int d4InkQueryOnStandardOutput(MutableBytes reply);
 
 // What the filter speaks to. The streams belong to the caller.

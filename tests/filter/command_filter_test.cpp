@@ -171,7 +171,6 @@ TEST_F(CommandFilterTest, ReportsNothingWithoutAReply) {
         D4InkQuery query;
         int result;
     } cases[] = {
-        {d4InkQueryOnStandardOutput, -1},
         {[](MutableBytes) { return 0; }, -1},
         {[](MutableBytes) { return 512; }, -1},  // the channel's failure: a length, but no reply
         {[](MutableBytes) { return 1 << 30; }, -1},  // more than the buffer holds
@@ -187,6 +186,15 @@ TEST_F(CommandFilterTest, ReportsNothingWithoutAReply) {
     EXPECT_EQ(ReportLevels(nullptr, "USB: ", {printer_.file(), attributes_.file(), threeInks}), -1);
     std::fflush(attributes_.file());
     EXPECT_EQ(attributes_.take() + printer_.take(), "");
+}
+
+TEST(D4InkQuery, AsksForPacketModeOnStandardOutputInVain) {
+    testing::internal::CaptureStdout();
+    std::array<std::uint8_t, 4096> reply{};
+    EXPECT_EQ(FilterPorts().d4InkQuery(reply), 512);  // no channel
+    const std::string sent = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(sent.starts_with("\0\0\0\x1B\x01@EJL 1284.4\n@EJL\n@EJL\n"s));
+    EXPECT_EQ(sent.size() % 5, 0U);  // five times the same
 }
 
 TEST(ConnectionKind, FollowsTheScheme) {
