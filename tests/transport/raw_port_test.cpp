@@ -9,6 +9,8 @@
 #include "support/tcp_peer.h"
 #include "support/test_clock.h"
 #include "support/udp_peer.h"
+#include "support/virtual_canon.h"
+#include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
 #include "vendors/epson.h"
 #include "vendors/epson_exchange.h"
@@ -180,8 +182,8 @@ TEST(RawPort, ChainFindsTheVariantAndRemembersIt) {
     EXPECT_EQ(Query(record).result, 4);
     EXPECT_EQ(record.text(keys::commandType), "RC1");
     EXPECT_EQ(Query(record).result, 4);
-    ASSERT_TRUE(printer.peer.waitForClients(3));
-    EXPECT_EQ(printer.epson.commands(), "SM ST ST SM SM ST SM SM ST SM ");  // RC, RC1; RC1
+    ASSERT_TRUE(printer.peer.waitForClients(4));  // D4, RC, RC1; RC1
+    EXPECT_EQ(printer.epson.commands(), "SM ST ST SM SM ST SM SM ST SM ");
 
     printer.epson.change(onlyVariant(2, EpsonReply::Binary));
     const Query failed(record);
@@ -228,9 +230,54 @@ TEST(RawPort, NeverContacted) {
     }
     PrinterRecord nowhere = recordOf("EPSON", "");
     EXPECT_EQ(Query(nowhere).result, -1);
-    PrinterRecord canon = recordOf("Canon");
-    EXPECT_EQ(Query(canon).result, -1);
     EXPECT_FALSE(printer.peer.waitForClients(1, 100ms));
+}
+
+TEST(RawPort, D4FirstWhereTheCommandSetNamesIt) {
+    test::VirtualD4Epson epson;
+    test::TcpPeer peer(kAddress, kPort, {.received = [&](Bytes b) { return epson.onReceive(b); }});
+    PrinterRecord record = recordOf("EPSON");
+    record.set(keys::usbCmd, "ESCPL2,BDC,D4");
+    const Query query(record);
+    EXPECT_EQ(query.result, 4);
+    EXPECT_EQ(query.levels(), (std::vector{60, 42, 31, 80}));
+    EXPECT_EQ(query.status.view(), "Idle");
+    EXPECT_EQ(record.text(keys::commandType), "D4");
+    port9100NozzleOptions(record, kOptionCleaning);  // in remote mode all the same
+    ASSERT_TRUE(peer.waitForClients(2));
+    EXPECT_EQ(epson.jobs(), std::vector<std::string>{"cleaning"});
+    EXPECT_EQ(Query(record).levels(), (std::vector{58, 40, 29, 78}));
+}
+
+TEST(RawPort, CanonIsAskedInItsLanguage) {
+    const struct {
+        const char* commandSet;
+        std::vector<std::string> requests;
+    } cases[] = {
+        {"",
+         {"SSR=DJS,DBS,DWS,DOC,DSC,BST,PID,CHD,LVR,HCU,CIR,CTK,AOF,PFS,FSI,PRF,HRI;", "SSR=DF;"}},
+        {"BJL,BJRaster3,BSCCe,IVEC,IVECPLI", {"IVEC"}},
+    };
+    for (const auto& c : cases) {
+        PrinterRecord record = recordOf("Canon");
+        record.set(keys::modelName, "iP4300");
+        record.set(keys::usbCmd, c.commandSet);
+        test::VirtualCanon canon({.ivec = record.text(keys::usbCmd).ends_with("IVECPLI"),
+                                  .status = "04",
+                                  .cleaningUsesInk = true});
+        test::TcpPeer peer(
+            kAddress, kPort,
+            {[&] { canon.connected(); }, [&](Bytes b) { return canon.onReceive(b); }});
+        port9100NozzleOptions(record, kOptionCleaning);
+        port9100NozzleOptions(record, kOptionNozzleCheck);
+        const Query query(record);
+        EXPECT_EQ(query.result, 5);
+        EXPECT_EQ(query.levels(), (std::vector{73, 38, 60, 0, 16}));
+        EXPECT_EQ(query.status.view(), "Ink low");
+        ASSERT_TRUE(peer.waitForClients(3));
+        EXPECT_EQ(canon.jobs(), (std::vector<std::string>{"cleaning", "nozzle check"}));
+        EXPECT_EQ(canon.requests(), c.requests);
+    }
 }
 
 TEST(RawPort, UnreachableHosts) {
@@ -263,10 +310,6 @@ TEST(RawPort, MaintenanceJobs) {
     EXPECT_EQ(printer.epson.jobs(), (std::vector<std::string>{"cleaning", "nozzle check 10"}));
     EXPECT_EQ(printer.epson.commands(), "CH JS NC JE ");
     EXPECT_EQ(printer.epson.inks().front().level, 58);
-
-    port9100NozzleOptions(recordOf("Canon"), kOptionCleaning);
-    ASSERT_TRUE(printer.peer.waitForClients(3));
-    EXPECT_EQ(printer.epson.heard().size(), 68U + 120 + 40);
 }
 
 // Answers the status request with "idle" and the supplies table with a row for each description,

@@ -7,6 +7,7 @@
 #include "netproto/record_supplies.h"
 #include "transport/net/sockets.h"
 #include "vendors/canon.h"
+#include "vendors/canon_exchange.h"
 #include "vendors/epson.h"
 #include "vendors/epson_chain.h"
 #include "vendors/epson_exchange.h"
@@ -42,7 +43,7 @@ std::string_view firstEpsonCommand(const PrinterRecord& printer) {
     return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
 }
 
-// One remote-mode inquiry. What it refers to must outlive the link.
+// One inquiry. What it refers to must outlive the link.
 EpsonLink remoteLink(std::string_view commandType, const Target& target, InkQuantities& record,
                      BoundedText& status) {
     return {commandType, [&, variant = epsonVariant(commandType)] {
@@ -51,14 +52,24 @@ EpsonLink remoteLink(std::string_view commandType, const Target& target, InkQuan
             }};
 }
 
+EpsonLink d4Link(const Target& target, InkQuantities& record, BoundedText& status) {
+    return {epson_commands::d4,
+            [&] { return tcpEpsonD4Inquiry(target.host, target.port, status, record, nullptr); }};
+}
+
 int epsonInkStatus(PrinterRecord& printer, const Target& target, InkQuantities& record,
                    BoundedText& status) {
-    // No IEEE 1284.4 link over the network yet: that one is never reached.
-    const std::array links{EpsonLink{epson_commands::d4, {}},
+    const std::array links{d4Link(target, record, status),
                            remoteLink(epson_commands::rc, target, record, status),
                            remoteLink(epson_commands::rc1, target, record, status),
                            remoteLink(epson_commands::rc0, target, record, status)};
     return runEpsonChain(printer, firstEpsonCommand(printer), links);
+}
+
+int canonInkStatus(const PrinterRecord& printer, const Target& target, InkQuantities& record,
+                   BoundedText& status) {
+    return tcpCanonInquiry(target.host, target.port, printer.text(keys::modelName),
+                           printer.text(keys::usbCmd), status, record, nullptr);
 }
 
 std::size_t maintenanceCommand(const PrinterRecord& printer, int option, MutableBytes buffer) {
@@ -77,7 +88,7 @@ int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedT
     if (!target) return kUnreachable;
     const std::string maker = printer.text(keys::makerName);
     if (maker == kEpson) return epsonInkStatus(printer, *target, record, status);
-    if (maker == kCanon) return kUnreachable;
+    if (maker == kCanon) return canonInkStatus(printer, *target, record, status);
     return inkStatusOfRecordByPMib(printer, target->host, record, status);
 }
 

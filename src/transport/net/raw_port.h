@@ -12,8 +12,8 @@ namespace tintoral {
 //
 //   "EPSON"    the command variants D4, RC, RC1, RC0 in that order, starting at the one that
 //              worked last, else at D4 when "usb_CMD" names it, else at RC0; the one that works
-//              is remembered in "commandType". D4 is not spoken here yet: unreachable.
-//   "Canon"    not spoken here yet: unreachable
+//              is remembered in "commandType" (epson_exchange.h)
+//   "Canon"    Canon's status inquiry, as "usb_CMD" wants it (canon_exchange.h)
 //   others     the Printer MIB, which may fill "Colors"
 //
 // A record whose "Active" is "NO" is never contacted, nor is one without an address or with a port
