@@ -19,6 +19,7 @@ struct DemoPrinter {
     std::string commandType;          // the variant that worked last
     std::vector<std::string> colors;  // as the printer reports them
     std::vector<int> levels;          // of the last reading, in the same order
+    std::string commandSet = {};      // of the device ID, for those whose language it decides
 };
 
 // The addresses and models are those of tools/virtual_printers.cpp and of the SNMP agent that
@@ -48,6 +49,22 @@ std::vector<DemoPrinter> demoPrinters() {
          "RC0",
          {"Black", "Cyan", "Magenta", "Yellow"},
          {64, 51, 48, 77}},
+        {raw("127.0.1.16", "Canon iP4300"),
+         "",
+         {"Photo Black", "Black", "Magenta", "Cyan", "Yellow"},
+         {67, 40, 73, 57, 23},
+         "BJL,BJRaster3,BSCCe"},
+        {raw("127.0.1.17", "Canon MG5200"),
+         "",
+         {"Photo Black", "Black", "Magenta", "Cyan", "Yellow"},
+         {85, 49, 32, 94, 68},
+         "BJL,BJRaster3,BSCCe,IVEC,IVECPLI"},
+        {raw("127.0.1.18", "EPSON Stylus Photo R2400"),
+         "D4",
+         {"Black", "Cyan", "Magenta", "Yellow", "Light Cyan", "Light Magenta", "Light Black",
+          "Light Light Black"},
+         {79, 60, 36, 63, 47, 27, 50, 70},
+         "ESCPL2,BDC,D4"},
     };
 }
 
@@ -78,6 +95,7 @@ int seed() {
         const PrinterRecordPtr printer = makeAddressedRecord(demo.request);
         printer->set(keys::colors, demo.colors);
         if (!demo.commandType.empty()) printer->set(keys::commandType, demo.commandType);
+        if (!demo.commandSet.empty()) printer->set(keys::usbCmd, demo.commandSet);
         updatePrinterDict(*printer, models);
         table.push_back(printer);
         seedHistory(*printer, demo);

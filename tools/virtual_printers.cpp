@@ -4,8 +4,12 @@
 #include <cstdio>
 #include <deque>
 #include <memory>
+#include <utility>
+#include <vector>
 
 #include "support/tcp_peer.h"
+#include "support/virtual_canon.h"
+#include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
 
 namespace tintoral::test {
@@ -22,38 +26,56 @@ EpsonSetup withReply(int variant, EpsonReply reply, std::vector<EpsonInk> inks) 
     return setup;
 }
 
+template <typename Printer, typename Setup>
+TcpScript printerWith(Setup setup) {
+    auto printer = std::make_shared<Printer>(std::move(setup));
+    TcpScript script{.received = [printer](Bytes bytes) { return printer->onReceive(bytes); }};
+    if constexpr (requires { printer->connected(); }) {
+        script.opened = [printer] { printer->connected(); };
+    }
+    return script;
+}
+
+TcpScript epson(int variant, EpsonReply reply, std::vector<EpsonInk> inks) {
+    return printerWith<VirtualEpson>(withReply(variant, reply, std::move(inks)));
+}
+
+TcpScript d4Epson(std::vector<EpsonInk> inks) {
+    D4EpsonSetup setup;
+    setup.inks = std::move(inks);
+    return printerWith<VirtualD4Epson>(std::move(setup));
+}
+
+TcpScript canon(bool ivec, std::vector<CanonInk> inks) {
+    return printerWith<VirtualCanon>(
+        CanonSetup{.ivec = ivec, .inks = std::move(inks), .cleaningUsesInk = true});
+}
+
 struct Place {
     const char* address;
     const char* model;
-    EpsonSetup setup;
+    TcpScript printer;
 };
 
 std::vector<Place> places() {
     return {
         {"127.0.1.11", "Epson Stylus Photo R300, variant RC0, text reply",
-         withReply(0, EpsonReply::Text, {{0, 81}, {1, 60}, {2, 44}, {3, 69}, {4, 30}, {5, 18}})},
+         epson(0, EpsonReply::Text, {{0, 81}, {1, 60}, {2, 44}, {3, 69}, {4, 30}, {5, 18}})},
         {"127.0.1.12", "Epson Stylus CX6400, variant RC1, binary reply",
-         withReply(1, EpsonReply::Binary, {{0, 73}, {1, 9}, {2, 58}, {3, 36}})},
+         epson(1, EpsonReply::Binary, {{0, 73}, {1, 9}, {2, 58}, {3, 36}})},
         {"127.0.1.13", "Epson Stylus Photo R800, variant RC, binary reply",
-         withReply(2, EpsonReply::Binary,
-                   {{0, 90}, {1, 52}, {2, 41}, {3, 35}, {9, 11}, {10, 66}, {11, 80}})},
+         epson(2, EpsonReply::Binary,
+               {{0, 90}, {1, 52}, {2, 41}, {3, 35}, {9, 11}, {10, 66}, {11, 80}})},
         {"127.0.1.15", "Epson AcuLaser C1100, variant RC0, laser reply",
-         withReply(0, EpsonReply::Laser, {{0, 62}, {1, 50}, {2, 47}, {3, 75}})},
+         epson(0, EpsonReply::Laser, {{0, 62}, {1, 50}, {2, 47}, {3, 75}})},
+        {"127.0.1.16", "Canon iP4300, plain request",
+         canon(false, {{"PBK", 64}, {"BK", 38}, {"M", 71}, {"C", 55}, {"Y", 20}})},
+        {"127.0.1.17", "Canon MG5200, IVEC",
+         canon(true, {{"PBK", 83}, {"BK", 47}, {"M", 29}, {"C", 92}, {"Y", 66}})},
+        {"127.0.1.18", "Epson Stylus Photo R2400, packet mode (D4)",
+         d4Epson({{0, 77}, {1, 58}, {2, 33}, {3, 61}, {4, 45}, {5, 24}, {8, 48}, {12, 68}})},
     };
 }
-
-struct RawPortPrinter {
-    explicit RawPortPrinter(const Place& place)
-        : epson(place.setup),
-          peer(place.address, kRawPort,
-               {[this] { epson.connected(); },
-                [this](Bytes bytes) { return epson.onReceive(bytes); }}) {
-        std::printf("%s port %d: %s\n", place.address, kRawPort, place.model);
-    }
-
-    VirtualEpson epson;
-    TcpPeer peer;
-};
 
 // SIGTERM and SIGINT, held back in every thread and waited for in the first one.
 sigset_t endingSignals() {
@@ -71,8 +93,11 @@ int main() {
     using namespace tintoral::test;
     const sigset_t ending = endingSignals();
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
-    std::deque<RawPortPrinter> printers;
-    for (const Place& place : places()) printers.emplace_back(place);
+    std::deque<TcpPeer> peers;
+    for (const Place& place : places()) {
+        peers.emplace_back(place.address, kRawPort, place.printer);
+        std::printf("%s port %d: %s\n", place.address, kRawPort, place.model);
+    }
     std::fflush(stdout);
     int signal = 0;
     sigwait(&ending, &signal);
