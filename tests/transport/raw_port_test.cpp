@@ -342,8 +342,8 @@ class SnmpPrinter {
         const bool past = row_ >= supplies_.size();
         for (std::size_t i = 0; i < 8; ++i) {
             const std::string column = std::to_string(i + (past ? 3 : 2));
-            const std::string row = ".1." + std::to_string(row_ + 1);
-            set(message.varBinds.at(i), "1.3.6.1.2.1.43.11.1.1." + column + row, i == 7 ? 50 : 100);
+            const std::string cell = column + ".1." + std::to_string(row_ + 1);
+            set(message.varBinds.at(i), "1.3.6.1.2.1.43.11.1.1." + cell, i == 7 ? 50 : 100);
         }
         if (past) return;
         message.varBinds.at(4).valueType = ber_tags::octetString;
