@@ -48,7 +48,6 @@ TEST(TcpOpenConnection, FailsAtOnceOrAfterTwoSecondsAndSaysWhy) {
         milliseconds atLeast, atMost;
     } rows[] = {
         {"10.77.0.11", "TcpOpen:connect: Connection refused\n", 0ms, 500ms},
-        {"no-such-printer.invalid", "TcpOpen:connect: No route to host\n", 0ms, 500ms},
         {"10.77.0.99", "TcpOpen:connect timeout: Connection timed out\n", 1990ms, 2500ms},
     };
     for (const auto& row : rows) {
@@ -152,9 +151,6 @@ TEST(SendAndReceive, TriesTwiceAndThenGivesUp) {
         timed([&] { EXPECT_EQ(sendAndReceive("10.77.0.99", asBytes("ask"), reply), 0); });
     EXPECT_GE(took, 200ms);
     EXPECT_LT(took, 500ms);
-    const auto errors =
-        errorsOf([&] { EXPECT_EQ(sendAndReceive("nobody.invalid", asBytes("ask"), reply), 0); });
-    EXPECT_EQ(errors, "Client: sendto: No route to host\nClient: sendto: No route to host\n");
 }
 
 TEST(Url, IsSplit) {

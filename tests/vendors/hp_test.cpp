@@ -43,7 +43,6 @@ TEST(HPDeviceID, PensOfVStatusAndOfTheSField) {
         // The S field: the version, filler up to the count's place, the count, the pens.
         {"MDL:x;S:00..............2C10000284500005F;", 2, "Online", {{1, 40}, {5, 95}}},
         {";S:02..............1FF0000FE", 1, "Online", {{63, -2}}},
-        {";S:03................104000032", 1, "Online", {{4, 50}}},
         {";S:04....................106000064", 1, "Online", {{6, 100}}},
         {";S:00..............F410000284200002", 1, "Online", {{1, 40}}},
         {";S:00............../41000028", 0, "Online", {}},
