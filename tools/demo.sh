@@ -26,7 +26,7 @@ trap stop_children EXIT
 
 start_printers() {
     "$build/bin/tintoral-virtual-printers" & children+=($!)
-    if [ "$(id -u)" = 0 ] && command -v snmpd >/dev/null; then
+    if [ "$(id -u)" = 0 ] && PATH=$PATH:/usr/sbin command -v snmpd >/dev/null; then
         tests/support/snmp/start_agent.sh 127.0.1.14 tools/demo_printer.oids "$demo/snmp" & children+=($!)
     else
         echo "Port 161 cannot be bound here: the SNMP printer stays off" >&2

@@ -15,4 +15,5 @@ tools/layers.py
 
 mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$')
 echo "clang-tidy on ${#sources[@]} sources"
-printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter' >&2)
+printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet \
+    --header-filter "^$PWD/(src|tests|tools)/" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter' >&2)

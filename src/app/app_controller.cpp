@@ -119,7 +119,7 @@ void AppController::connectActions() {
     connect(dockIcon_.get(), &QSystemTrayIcon::activated, window_.get(), &QWidget::raise);
 }
 
-void AppController::observeNotifications() {
+void AppController::observeNotifications() const {
     const auto& center = NotificationCenter::defaultCenter();
     connect(&center, &NotificationCenter::VTnewPrinterSelected, this,
             &AppController::doSelectPrinter);
@@ -321,7 +321,7 @@ void AppController::notInThisVersion() {
 
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
-        const QImage icon(
+        QImage icon(
             shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
         if (!icon.isNull()) return icon;
     }

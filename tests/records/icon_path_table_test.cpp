@@ -10,13 +10,6 @@
 namespace tintoral {
 namespace {
 
-TEST(StripDoubleQuotes, TakesWhatStandsBetweenTheFirstTwo) {
-    EXPECT_EQ(stripDoubleQuotes(R"(: "HP X" "more")"), "HP X");
-    EXPECT_EQ(stripDoubleQuotes(R"("")"), "");
-    EXPECT_EQ(stripDoubleQuotes(R"(only " one)"), std::nullopt);
-    EXPECT_EQ(stripDoubleQuotes("none"), std::nullopt);
-}
-
 IconPathEntry read(std::string_view ppd) {
     IconPathEntry entry;
     readPpdLines(ppd, entry);
@@ -25,15 +18,18 @@ IconPathEntry read(std::string_view ppd) {
 
 TEST(ReadPpdLines, TakesTheLastOfTheFirst100Lines) {
     const IconPathEntry entry = read(
-        "*PPD-Adobe: \"4.3\"\r\n*ModelName: \"Old\"\r\n  *ModelName:\"EPSON R300\"\r\n"
+        "*PPD-Adobe: \"4.3\"\r\n*ModelName: \"Old\"\r\n  *ModelName:\"EPSON R300\" \"more\"\r\n"
         "*APPrinterIconPath: \"/usr/share/icon.png\"");
     EXPECT_EQ(entry.modelname, "EPSON R300");
     EXPECT_EQ(entry.iconPath, "/usr/share/icon.png");
-    EXPECT_EQ(read("*ModelName: \"A\"\n*ModelName: B").modelname, std::nullopt);
-    EXPECT_EQ(read("*ModelName: \"split\nover lines\"").modelname, std::nullopt);
-    EXPECT_EQ(read(std::string(99, '\n') + "*ModelName: \"A\"").modelname, "A");
-    EXPECT_EQ(read(std::string(100, '\n') + "*ModelName: \"A\"").modelname, std::nullopt);
-    EXPECT_EQ(read("*ModelName: \"Caf\xE9 \x1B[2J\"").modelname, "Caf\xC3\xA9 [2J");
+    const std::pair<std::string, std::optional<std::string>> cases[] = {
+        {"*ModelName: \"A\"\n*ModelName: B", std::nullopt},
+        {"*ModelName: \"split\nover lines\"", std::nullopt},
+        {std::string(99, '\n') + "*ModelName: \"A\"", "A"},
+        {std::string(100, '\n') + "*ModelName: \"A\"", std::nullopt},
+        {"*ModelName: \"Caf\xE9 \x1B[2J\"", "Caf\xC3\xA9 [2J"},
+    };
+    for (const auto& [ppd, name] : cases) EXPECT_EQ(read(ppd).modelname, name) << ppd;
 }
 
 TEST(IconPathTable, HasAnEntryForWhateverLiesInTheFolder) {
@@ -46,14 +42,10 @@ TEST(IconPathTable, HasAnEntryForWhateverLiesInTheFolder) {
     for (const auto& entry : makeIconPathTable(folder.path())) table[entry.queuename] = entry;
     EXPECT_EQ(table.size(), 4U);
     EXPECT_EQ(table["R300.ppd"].modelname, "EPSON R300");
-    EXPECT_EQ(table["R300.ppd"].iconPath, std::nullopt);
     EXPECT_EQ(table["R300.ppd"].path, folder / "R300.ppd");
-    for (const char* name : {"long.ppd", "folder", "fifo"}) {
+    for (const char* name : {"long.ppd", "folder", "fifo"})
         EXPECT_EQ(table[name].modelname, std::nullopt) << name;
-    }
     EXPECT_TRUE(makeIconPathTable(folder / "missing").empty());
-    for (int i = 0; i < 1000; ++i) test::writeFile(folder / std::to_string(i), "");
-    EXPECT_EQ(makeIconPathTable(folder.path()).size(), 1000U);
 }
 
 }  // namespace

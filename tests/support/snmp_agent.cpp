@@ -49,7 +49,7 @@ std::string objectsOf(const SnmpPrinter& printer) {
 }  // namespace
 
 bool hasSnmpAgent() {
-    return std::system("command -v snmpd >/dev/null 2>&1") == 0;
+    return std::system("PATH=$PATH:/usr/sbin command -v snmpd >/dev/null 2>&1") == 0;
 }
 
 SnmpAgent::SnmpAgent(const std::string& address, const SnmpPrinter& printer) {
