@@ -107,6 +107,7 @@ TEST_F(MainWindow, AChosenPrinterIsUpdatedShownAndKept) {
 
 TEST_F(MainWindow, RestartShowsTheLastLevelsAndAsksAgainOnlyWhenTheyAreStale) {
     choose(printerAt("127.0.0.1"));
+    ASSERT_TRUE(peer_->waitForClients(1));
     const std::size_t heardBefore = epson_.heard().size();
     start();
     EXPECT_EQ(contentHeight(), 422 - 6 * 25);

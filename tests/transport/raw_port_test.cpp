@@ -140,8 +140,8 @@ TEST(RawPort, ChainFindsTheVariantAndRemembersIt) {
     EXPECT_EQ(Query(record).result, 4);
     EXPECT_EQ(record.text(keys::commandType), "RC1");
     EXPECT_EQ(Query(record).result, 4);
-    ASSERT_TRUE(printer.peer.waitForClients(3));
-    EXPECT_EQ(printer.epson.commands(), "SM ST ST SM SM ST SM SM ST SM ");  // RC, RC1; RC1
+    ASSERT_TRUE(printer.peer.waitForClients(4));  // D4, RC, RC1; RC1
+    EXPECT_EQ(printer.epson.commands(), "SM ST ST SM SM ST SM SM ST SM ");
 
     printer.epson.change(onlyVariant(2, EpsonReply::Binary));
     const Query failed(record);
@@ -195,7 +195,7 @@ TEST(RawPort, MaintenanceJobs) {
     ASSERT_TRUE(printer.peer.waitForClients(2));
     EXPECT_EQ(printer.epson.jobs(), (std::vector<std::string>{"cleaning", "nozzle check 10"}));
     port9100NozzleOptions(recordOf("Canon"), kOptionCleaning);
-    ASSERT_TRUE(printer.peer.waitForClients(3));
+    ASSERT_TRUE(printer.peer.waitForClients(4));  // D4, RC, RC1; RC1
     EXPECT_EQ(printer.epson.heard().size(), 68U + 120 + 40);
 }
 
