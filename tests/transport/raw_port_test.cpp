@@ -195,7 +195,7 @@ TEST(RawPort, MaintenanceJobs) {
     ASSERT_TRUE(printer.peer.waitForClients(2));
     EXPECT_EQ(printer.epson.jobs(), (std::vector<std::string>{"cleaning", "nozzle check 10"}));
     port9100NozzleOptions(recordOf("Canon"), kOptionCleaning);
-    ASSERT_TRUE(printer.peer.waitForClients(4));  // D4, RC, RC1; RC1
+    ASSERT_TRUE(printer.peer.waitForClients(3));
     EXPECT_EQ(printer.epson.heard().size(), 68U + 120 + 40);
 }
 
