@@ -5,7 +5,7 @@
 //   VT1useModelIcon   integer 0 or 1, whether the Dock icon is the model's own
 //
 // The file is `$XDG_CONFIG_HOME/Tintoral/Tintoral.plist` (`~/.config` where that is unset or
-// relative; XDG Base Directory Specification). Keys that the program does not know survive. The
+// relative: the XDG base directories). Keys that the program does not know survive. The
 // file is replaced atomically, so two windows that write at once leave the settings of one of them,
 // whole.
 #pragma once
