@@ -11,6 +11,7 @@ done
 # In /run, which is this namespace's own, with all that the program keeps.
 export HOME=/run/home
 unset XDG_CONFIG_HOME WAYLAND_DISPLAY QT_QPA_PLATFORM
+export LSAN_OPTIONS=print_suppressions=0:suppressions=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../support/lsan.supp")
 mkdir -p "$HOME"
 defaults=$HOME/.config/Tintoral/Tintoral.plist
 fail() { echo "FAILED: $*" >&2; exit 1; }
