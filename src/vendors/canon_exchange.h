@@ -13,8 +13,8 @@
 //
 // The reply has 500 ms before anyone looks and is then received in at most nine waits of 500 ms
 // each, of which one that yields nothing ends it; 2048 bytes of it are kept. An exchange so takes 5
-// s at the most; a TCP connection up to 2 s before it, and each of its two sends up to 2 s more when
-// the peer stops reading.
+// s at the most; a TCP connection up to 2 s before it, and each of its two sends up to 2 s more
+// when the peer stops reading.
 #pragma once
 
 #include <cstdint>
