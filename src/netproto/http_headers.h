@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "netproto/http_connection.h"
+
 namespace tintoral {
 
 struct Pair {
@@ -29,6 +31,11 @@ std::size_t GetPairValue(const PairList& list, std::string_view name, std::strin
 // Compares `value`, by case, with that of the first pair whose whole name is `name` without regard
 // to case. Result: 0 when they are equal, -1 when there is no such pair, else another number.
 int CmpPair(const PairList& list, std::string_view name, std::string_view value);
+
+// Reads header lines up to the empty one and appends their pairs. A line without a colon says
+// nothing and is dropped. Result: 0; http_errors::timedOut; http_errors::malformed for more than
+// 128 lines or one that is too long.
+int readHeaders(HttpReader& reader, HttpConnection& connection, PairList& list);
 
 // The text without blanks, tabs, carriage returns and line feeds at both ends.
 std::string_view trimmed(std::string_view text);
