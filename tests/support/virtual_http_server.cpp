@@ -133,7 +133,7 @@ void VirtualHttpServer::run(const std::stop_token& stop) {
 void VirtualHttpServer::converse(const std::stop_token& stop, UniqueFd client, const Serve& serve,
                                  const std::optional<HttpLogin>& login) {
     const auto responder = makeResponder();
-    if (nHttpRecvReq(*responder, std::move(client)) != 0) return;
+    if (nHttpRecvReq(*responder, httpConnectionOver(std::move(client))) != 0) return;
     const HttpRequest request = takeRequest(*responder);
     {
         const std::lock_guard lock(mutex_);
