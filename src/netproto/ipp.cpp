@@ -37,6 +37,10 @@ Requester beginPost(const IppContext& context) {
     return nHttpBegin(url, "POST", "1.1", context.userAgent);
 }
 
+bool isChunked(const NHttpRequester& requester) {
+    return requester.sendMode < 0;
+}
+
 // Reads a body to its end. Result: false when it is longer than kLargestIppAnswer or broke off.
 bool readBody(NHttpRequester& requester, std::vector<std::uint8_t>& body) {
     std::array<std::uint8_t, kPieceSize> piece{};
@@ -124,10 +128,11 @@ void dumpPrinter(BoundedText& dump, const IppContext& context) {
     dump.appendFormat("  Cups version = '%s'\n", cleanText(context.cupsVersion).c_str());
 }
 
-// "1.4.2" is read as 1.4.
+// "1.4.2" is read as 1.4, and no words ("infinity") are numbers.
 bool knowsMarkers(std::string_view cupsVersion) {
     constexpr double kLastWithoutMarkers = 1.3;
     double version = 0;
+    cupsVersion = cupsVersion.substr(0, cupsVersion.find_first_not_of("0123456789."));
     std::from_chars(cupsVersion.data(), cupsVersion.data() + cupsVersion.size(), version,
                     std::chars_format::fixed);
     return version > kLastWithoutMarkers;
@@ -176,9 +181,8 @@ IppContext makeIppContext(std::string_view printerUri) {
 
 Requester ippSend(const IppContext& context, Bytes request) {
     Requester requester = sendHead(context, request.size());
-    if (!requester || nHttpSendContent(*requester, request) != 0 ||
-        nHttpSendContent(*requester, {}) != 0)
-        return nullptr;
+    if (!requester || nHttpSendContent(*requester, request) != 0) return nullptr;
+    if (isChunked(*requester) && nHttpSendContent(*requester, {}) != 0) return nullptr;
     return requester;
 }
 
@@ -188,6 +192,8 @@ int ippSendAndRecv(const IppContext& context, Bytes request, IppAnswer& answer) 
     if (!requester || nHttpCheckResp(*requester, kAnswerWait) != kHttpOk) return -1;
     std::vector<std::uint8_t> body;
     if (!readBody(*requester, body) || body.size() < kIppHeaderSize) return -1;
+    // The extra CR LF, as meant, but late: cupsd breaks an answer off when more comes meanwhile.
+    if (!isChunked(*requester)) nHttpSendContent(*requester, {});
     if (ParseIppAttr(Bytes(body).subspan(kIppHeaderSize), answer.attributes) < 0) return -1;
     std::ranges::copy(Bytes(body).first(kIppHeaderSize), answer.head.begin());
     return 0;

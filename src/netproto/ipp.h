@@ -59,6 +59,10 @@ IppContext makeIppContext(std::string_view printerUri);
 // null when nobody answers at the host, a send failed, or the server wants an authentication that
 // is not "Basic" or "Digest".
 //
+// A request of known length is followed by an extra CR LF, as meant: nHttpSendContent() with no
+// bytes, which is left to the caller, since a CUPS server breaks its answer off when the CR LF
+// comes before the answer is out.
+//
 // With authentication on, the server is first sent a head alone, and the request then goes, in
 // chunks and with an answer to the challenge if there was one, over a second connection.
 std::unique_ptr<NHttpRequester> ippSend(const IppContext& context, Bytes request);

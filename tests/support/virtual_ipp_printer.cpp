@@ -116,7 +116,9 @@ std::string VirtualIppPrinter::onReceive(std::string_view bytes) {
 
 // Empty lines before a request line are passed over (RFC 9112 2.2).
 bool VirtualIppPrinter::takeRequest(HttpRequestHeard& request) {
-    pending_.erase(0, std::min(pending_.find_first_not_of("\r\n"), pending_.size()));
+    const std::size_t lineEnds = std::min(pending_.find_first_not_of("\r\n"), pending_.size());
+    if (!requests_.empty()) requests_.back().trailer += pending_.substr(0, lineEnds);
+    pending_.erase(0, lineEnds);
     const auto headEnd = pending_.find(kEmptyLine);
     if (headEnd == std::string::npos) return false;
     const std::string head = pending_.substr(0, headEnd + kEmptyLine.size());
@@ -124,7 +126,7 @@ bool VirtualIppPrinter::takeRequest(HttpRequestHeard& request) {
     const auto body = takeBody(head, rest);
     if (!body) return false;
     pending_ = rest;
-    request = {head, *body};
+    request = {head, *body, ""};
     return true;
 }
 

@@ -27,15 +27,16 @@ std::string ippInteger(std::int32_t number);
 std::string ippAnswer(const std::vector<IppAttribute>& attributes);
 
 struct IppPrinterSetup {
-    std::string body;       // of the answer, see ippAnswer()
-    int httpStatus = 200;   // of the answer
-    std::string challenge;  // WWW-Authenticate: then 401 to all requests without Authorization
+    std::string body = {};       // of the answer, see ippAnswer()
+    int httpStatus = 200;        // of the answer
+    std::string challenge = {};  // WWW-Authenticate: then 401 to all requests without Authorization
     bool answersChunked = false;
 };
 
 struct HttpRequestHeard {
-    std::string head;  // request line and headers, with the empty line
-    std::string body;  // without the chunks' sizes
+    std::string head;     // request line and headers, with the empty line
+    std::string body;     // without the chunks' sizes
+    std::string trailer;  // line ends that came after it
 };
 
 class VirtualIppPrinter {
