@@ -1,13 +1,9 @@
 #include "netproto/ipp.h"
 
 #include <algorithm>
-#include <charconv>
 #include <chrono>
-#include <span>
 #include <vector>
 
-#include "netproto/printer_mib.h"
-#include "support/text.h"
 #include "transport/net/sockets.h"
 
 namespace tintoral {
@@ -90,80 +86,6 @@ std::size_t buildQuery(const IppContext& context, std::string_view requested, Mu
                                    context.userName, attributes, output);
 }
 
-std::string_view pickText(const IppTuples& list, std::string_view name) {
-    const IppTuple* const node = findTuple(list, name, ipp_kinds::text);
-    return node != nullptr ? node->value : std::string_view();
-}
-
-// The four bytes of the value; none of them set when the printer did not name it.
-std::string_view pickWord(const IppTuples& list, std::string_view name) {
-    constexpr std::string_view kZero("\0\0\0\0", 4);
-    const IppTuple* const node = findTuple(list, name, ipp_kinds::word);
-    return node != nullptr ? node->value : kZero;
-}
-
-void keepAnswer(IppContext& context, IppTuples&& attributes) {
-    context.attributes = std::move(attributes);
-    const IppTuples& list = context.attributes;
-    context.printerState = ippNumber(pickWord(list, "printer-state")).value_or(0);
-    context.printerStateMessage = pickText(list, "printer-state-message");
-    context.printerIsShared = pickWord(list, "printer-is-shared").front() != '\0';
-    context.printerLocation = pickText(list, "printer-location");
-    context.cupsVersion = pickText(list, "cups-version");
-}
-
-// A stopped printer is "Unknown", as meant.
-std::string_view stateName(int state) {
-    constexpr int kIdle = 3;
-    constexpr std::array<std::string_view, 3> kNames{"Idle", "Printing", "Unknown"};
-    const int row = state - kIdle;
-    return state >= kIdle && row < 3 ? kNames[static_cast<std::size_t>(row)] : "None";
-}
-
-void dumpPrinter(BoundedText& dump, const IppContext& context) {
-    dump.appendFormat("  Printer State = %d\n", context.printerState);
-    dump.appendFormat("  Printer-state-message = '%s'\n",
-                      cleanText(context.printerStateMessage).c_str());
-    dump.appendFormat("  Location     = '%s'\n", cleanText(context.printerLocation).c_str());
-    dump.appendFormat("  Cups version = '%s'\n", cleanText(context.cupsVersion).c_str());
-}
-
-// "1.4.2" is read as 1.4, and no words ("infinity") are numbers.
-bool knowsMarkers(std::string_view cupsVersion) {
-    constexpr double kLastWithoutMarkers = 1.3;
-    double version = 0;
-    cupsVersion = cupsVersion.substr(0, cupsVersion.find_first_not_of("0123456789."));
-    std::from_chars(cupsVersion.data(), cupsVersion.data() + cupsVersion.size(), version,
-                    std::chars_format::fixed);
-    return version > kLastWithoutMarkers;
-}
-
-struct Marker {
-    std::string type;
-    std::string name;
-    std::string color;
-    std::int32_t level;  // as reported
-};
-
-Marker markerAt(const IppTuples& list, int index) {
-    constexpr std::int32_t kUnknownLevel = -2;
-    const auto valueOf = [&](std::string_view name) {
-        std::string_view value;
-        GetTupleValueAtIndex(list, name, value, index);
-        return value;
-    };
-    return {cleanText(valueOf("marker-types")), cleanText(valueOf("marker-names")),
-            cleanText(valueOf("marker-colors")),
-            ippNumber(valueOf("marker-levels")).value_or(kUnknownLevel)};
-}
-
-void dumpMarker(BoundedText& dump, int index, const Marker& marker) {
-    dump.appendFormat("  marker-types %2d = '%s'\n", index, marker.type.c_str());
-    dump.appendFormat("  marker-levels = %d\n", marker.level);
-    dump.appendFormat("  marker-names = %s\n", marker.name.c_str());
-    dump.appendFormat("  marker-colors = %s\n", marker.color.c_str());
-}
-
 }  // namespace
 
 IppContext makeIppContext(std::string_view printerUri) {
@@ -204,7 +126,7 @@ std::size_t IppGetPrinterAttrReq(IppContext& context, std::string_view requested
     const std::size_t size = buildQuery(context, requested, buffer);
     IppAnswer answer;
     if (size == 0 || ippSendAndRecv(context, Bytes(buffer).first(size), answer) != 0) return 0;
-    keepAnswer(context, std::move(answer.attributes));
+    context.printer = readIppPrinter(std::move(answer.attributes));
     return size;
 }
 
@@ -217,20 +139,7 @@ int ippGetPrinterStatusAndQuantities(std::string_view printerUri, BoundedText& s
         if (dump != nullptr) dump->append("Can't get any response\n");
         return 0;
     }
-    status.assign(stateName(context.printerState));
-    if (dump != nullptr) dumpPrinter(*dump, context);
-    const IppTuple* const types = findTuple(context.attributes, "marker-types", ipp_kinds::text);
-    if (!knowsMarkers(context.cupsVersion) || types == nullptr) return 0;
-    const int count = types->index + 1;  // 1, since only the first value has the name, as meant
-    for (int index = 0; index < count; ++index) {
-        const auto row = static_cast<std::size_t>(index);
-        const Marker marker = markerAt(context.attributes, index);
-        if (!marker.type.empty()) inks.entries[row] = {0, supplyLevel(marker.level, 100)};
-        names[row].assign(marker.name);
-        colors[row].assign(marker.color);
-        if (dump != nullptr) dumpMarker(*dump, index, marker);
-    }
-    return count;
+    return readStatusAndMarkers(context.printer, status, inks, names, colors, dump);
 }
 
 }  // namespace tintoral

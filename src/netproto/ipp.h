@@ -1,9 +1,6 @@
 // A printer's state and marker levels over IPP: one Get-Printer-Attributes request to an IPP
 // printer or a queue of a CUPS server, POSTed over the HTTP client of http.h. The messages are in
-// ipp_message.h.
-//
-// CUPS reports supplies as the marker attributes of its queues ("marker-levels" and so on, see the
-// CUPS implementation of IPP); of each attribute only the first value is used, as meant.
+// ipp_message.h, what they say in ipp_printer.h.
 //
 // Waits: as in http.h, and 50 s for the answer to begin (10 s for the challenge, when
 // authentication is on). An answer may be 1 MiB long.
@@ -19,6 +16,7 @@
 #include "ink/supply_names.h"
 #include "netproto/http.h"
 #include "netproto/ipp_message.h"
+#include "netproto/ipp_printer.h"
 #include "support/fixed_text.h"
 
 namespace tintoral {
@@ -43,12 +41,7 @@ struct IppContext {
     bool authentication = false;
     std::string userAgent;
 
-    int printerState = 0;  // RFC 8011 5.4.11; 0 when the printer named none
-    std::string printerStateMessage;
-    bool printerIsShared = false;
-    std::string printerLocation;
-    std::string cupsVersion;
-    IppTuples attributes;
+    IppPrinter printer;
 };
 
 // A context for the printer at `printerUri` ("http://HOST:631/PATH"), which fills in host, port and
@@ -76,14 +69,9 @@ int ippSendAndRecv(const IppContext& context, Bytes request, IppAnswer& answer);
 // was not answered, and then nothing is kept.
 std::size_t IppGetPrinterAttrReq(IppContext& context, std::string_view requested);
 
-// The printer's state in words ("Idle", "Printing", "Unknown", "None") and its marker level, with
-// name and colour ("#RRGGBB") in the first rows. Only a CUPS above 1.3 is believed to know markers.
-// A level is a percentage, or -1 to -128 as reported (CUPS: -1 other, -2 unknown, -3 some
-// remaining; -2 also when there is none); the entry's ColorID becomes 0, the record's count is not
-// touched. Names, colours and what goes to `dump` (which may be null and is begun anew) are clean.
-//
-// Result: the number of markers, in practice 1; 0 when there are none, and when the printer could
-// not be asked: then the status text is left as it was.
+// State and markers of the printer at `printerUri`, with readStatusAndMarkers() for what is
+// written. `dump` may be null and is begun anew. Result: the number of markers; 0 when there are
+// none, and when the printer could not be asked: then only `dump` is written.
 int ippGetPrinterStatusAndQuantities(std::string_view printerUri, BoundedText& status,
                                      InkQuantities& inks, SupplyNames& names, SupplyNames& colors,
                                      BoundedText* dump);

@@ -95,10 +95,10 @@ TEST(Ipp, BelievesNewerServersOnlyAndHoldsLevels) {
         const char* status;
         InkEntry entry;
     } rows[] = {
-        {"1.3", 4, 80, 0, "Printing", {65, 100}},  {"1.3.9", 3, 80, 0, "Idle", {65, 100}},
+        {"1.3", 4, 80, 0, "Printing", {65, 100}},        {"1.3.9", 3, 80, 0, "Idle", {65, 100}},
         {"2.4.2", 5, 0, 1, "Unknown", {0, 0}},  // stopped, as meant
-        {"10.0", 6, 101, 1, "None", {0, 100}},     {"1.4", 2, -3, 1, "None", {0, -3}},
-        {"1.4", 3, -1000, 1, "Idle", {0, -128}},   {"", 3, 80, 0, "Idle", {65, 100}},
+        {"10.0", 6, 101, 1, "None", {0, 100}},           {"1.4", 2, -3, 1, "None", {0, -3}},
+        {"1.4", INT32_MIN, -1000, 1, "None", {0, -128}}, {"", 3, 80, 0, "Idle", {65, 100}},
         {"infinity", 3, 80, 0, "Idle", {65, 100}},
     };
     for (const auto& row : rows) {
@@ -168,8 +168,8 @@ TEST(Ipp, AnswersAChallengeOnANewConnection) {
         context.authentication = true;
         context.password = "secret";
         EXPECT_GT(IppGetPrinterAttrReq(context, "status-only"), 0U) << row.challenge;
-        EXPECT_EQ(context.printerState, 4);
-        EXPECT_TRUE(context.printerIsShared);
+        EXPECT_EQ(context.printer.state, 4);
+        EXPECT_TRUE(context.printer.isShared);
         EXPECT_TRUE(peer.waitForClients(2));
         const auto heard = printer.requests();
         ASSERT_EQ(heard.size(), 2U);
@@ -212,8 +212,8 @@ TEST(Ipp, ReadsARealCupsServer) {
     IppContext context = makeIppContext("http://127.0.0.1:631/printers/inks");
     context.authentication = true;
     EXPECT_GT(IppGetPrinterAttrReq(context, "printer-location"), 0U);
-    EXPECT_EQ(context.printerLocation, "Attic");
-    EXPECT_EQ(context.printerState, 0) << "not asked for";
+    EXPECT_EQ(context.printer.location, "Attic");
+    EXPECT_EQ(context.printer.state, 0) << "not asked for";
 
     record.set(keys::ippURL, "http://127.0.0.1:631/printers/stopped");
     EXPECT_EQ(inkStatusOfRecordByIpp(record, inks, status), 0);

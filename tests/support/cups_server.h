@@ -11,8 +11,8 @@
 
 namespace tintoral::test {
 
-// A queue whose printer is never reached. `attributes` are "NAME VALUE,VALUE" as printers.conf
-// keeps them.
+// A queue that prints to /dev/null. `attributes` are "NAME VALUE,VALUE" as printers.conf keeps
+// them.
 struct CupsQueue {
     std::string name;
     std::string state = "Idle";  // or "Stopped"
