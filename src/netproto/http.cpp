@@ -140,8 +140,9 @@ int nHttpResendReq(NHttpRequester& requester) {
 }
 
 int nHttpSendContent(NHttpRequester& requester, Bytes bytes) {
-    if (requester.sendMode < 0) return sendChunked(requester, bytes);
-    if (requester.sendMode > 0) return sendPlain(requester, bytes);
+    if (bytes.empty() && requester.endsByClosing) return 0;
+    if (requester.sendMode < 0 && !requester.endsByClosing) return sendChunked(requester, bytes);
+    if (requester.sendMode != 0) return sendPlain(requester, bytes);
     return bytes.empty() ? 0 : -1;
 }
 

@@ -44,7 +44,8 @@ struct NHttpRequester {
     PairList responseHeaders;
     int statusCode = 200;
     FixedText<32> reason;
-    std::int64_t sendMode = 0;  // body length of the head that was sent; below 0 chunked
+    std::int64_t sendMode = 0;   // body length of the head that was sent; below 0 chunked
+    bool endsByClosing = false;  // responder: the body goes without a frame
     HttpWaits waits;
     HttpReader reader;
     HttpBody body;  // on its way in

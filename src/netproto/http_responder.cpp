@@ -70,16 +70,16 @@ void addBodyHeaders(NHttpRequester& requester, std::string_view contentType,
     if (bodyLength != 0) NewPair(list, "Content-Type", contentType);
     if (bodyLength >= 0) {
         NewPair(list, "Content-Length", std::to_string(bodyLength));
-    } else if (requester.version.view() == "1.1") {
+    } else if (!requester.endsByClosing) {
         NewPair(list, "Transfer-Encoding", "chunked");
     }
 }
 
 }  // namespace
 
-int nHttpRecvReq(NHttpRequester& requester, UniqueFd socket) {
-    peerAddressOfSock(socket.get(), requester.peerName);
-    requester.connection = httpConnectionOver(std::move(socket));
+int nHttpRecvReq(NHttpRequester& requester, std::unique_ptr<HttpConnection> connection) {
+    peerAddressOfSock(connection->socket(), requester.peerName);
+    requester.connection = std::move(connection);
     requester.reader.clear();
     requester.reader.allow(requester.waits.head, requester.waits.byte);
     std::string line;
@@ -95,9 +95,8 @@ int nHttpRecvReq(NHttpRequester& requester, UniqueFd socket) {
 int nHttpSendResp(NHttpRequester& requester, int statusCode, std::string_view contentType,
                   std::int64_t bodyLength) {
     requester.statusCode = statusCode;
-    // Without chunks the bytes go as they are, as those of a known length do.
-    const bool chunks = requester.version.view() == "1.1";
-    requester.sendMode = bodyLength < 0 && !chunks ? 1 : bodyLength;
+    requester.sendMode = bodyLength;
+    requester.endsByClosing = bodyLength < 0 && requester.version.view() != "1.1";
     nHttpNewPair(requester, "Date", localDate());
     if (!requester.agent.empty()) nHttpNewPair(requester, "Server", requester.agent.view());
     addBodyHeaders(requester, contentType, bodyLength);

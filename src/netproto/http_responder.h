@@ -3,19 +3,19 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <string_view>
 
 #include "netproto/http.h"
 #include "netproto/http_auth.h"
-#include "support/unique_fd.h"
 
 namespace tintoral {
 
-// Reads the head of a request from a connected socket, which the requester owns from now on: the
+// Reads the head of a request from a connection, which the requester owns from now on: the
 // peer's address, the method (up to 8 characters), the location (up to 128), the version and the
 // headers; nHttpRecvContent() then reads the body. Result: 0; http_errors::timedOut or malformed,
 // the latter also for a body length that is none.
-int nHttpRecvReq(NHttpRequester& requester, UniqueFd socket);
+int nHttpRecvReq(NHttpRequester& requester, std::unique_ptr<HttpConnection> connection);
 
 // Sends the status line, what the response list holds, Date (local time), Server when the agent is
 // set, and the headers of the body; nHttpSendContent() then sends that. A body of negative length
