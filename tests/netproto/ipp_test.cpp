@@ -142,15 +142,6 @@ TEST(Ipp, NoAnswerLeavesTheStatus) {
     Inquiry("").expectNothing();
 }
 
-TEST(Ipp, ReadsALongAnswerInPieces) {
-    auto attributes = threeMarkers("1.4", 3, 80);
-    const IppAttribute filler{0x30, "x", {std::string(30000, 'x')}};
-    attributes.insert(attributes.begin(), 30, filler);
-    const Inquiry inquiry = ask(ippAnswer(ippMessage(attributes), 7000));
-    EXPECT_EQ(inquiry.result, 1);
-    EXPECT_EQ(inquiry.inks.entries[0].level, 80);
-}
-
 TEST(Ipp, AnswersAChallengeOnANewConnection) {
     const std::optional<HttpLogin> logins[] = {
         HttpLogin{"Basic", "Tintoral", "secret", ""},
