@@ -3,6 +3,7 @@
 #include <array>
 #include <string>
 
+#include "netproto/record_ipp.h"
 #include "netproto/record_supplies.h"
 #include "records/ink_dict.h"
 #include "support/text.h"
@@ -44,7 +45,7 @@ int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& 
                 : port9100GetInkStatus(printer, inks, status);
 }
 
-// USB, base stations, BJNP and IPP queues: no printer is reached these ways in this version.
+// USB, base stations and BJNP: no printer is reached these ways in this version.
 int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) {
     return kUnreachable;
 }
@@ -61,8 +62,8 @@ constexpr std::array kDispatchTable{
     DispatchRow{server_types::network, "bjn", false, notReachedYet},
     DispatchRow{server_types::network, "lpd", false, askPrinterMib},
     DispatchRow{server_types::network, "ipp", false, askPrinterMib},
-    DispatchRow{server_types::macCups14, "", true, notReachedYet},
-    DispatchRow{server_types::macCups15, "", true, notReachedYet},
+    DispatchRow{server_types::macCups14, "", true, inkStatusOfRecordByIpp},
+    DispatchRow{server_types::macCups15, "", true, inkStatusOfRecordByIpp},
 };
 
 void keepReading(PrinterRecord& printer, const InkQuantities& inks, const BoundedText& status) {
