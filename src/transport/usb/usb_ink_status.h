@@ -40,8 +40,8 @@ int USBGetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& 
 int usbEpsonD4GetStatusAndInkQuantities(const USBPrinterInfo& info, BoundedText& status,
                                         InkQuantities& record);
 
-// `variant` is 2, 1 or 0 (vendors/epson.h). The reply may take up 2560 bytes, of which, as meant,
-// no more than the first read's and as many as had been left in the printer are waited for.
+// `variant` is 2, 1 or 0 (vendors/epson.h). As meant, the reply's length is taken to be what was
+// left in the printer before; it may still come in several reads, up to 2560 bytes (usb_printer.h).
 int usbEpsonRCGetStatusAndInkQuantities(const USBPrinterInfo& info, BoundedText& status,
                                         InkQuantities& record, int variant);
 
