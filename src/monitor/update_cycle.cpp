@@ -8,6 +8,7 @@
 #include "records/ink_dict.h"
 #include "support/text.h"
 #include "transport/net/raw_port.h"
+#include "transport/usb/usb_ink_status.h"
 #include "vendors/hp.h"
 
 namespace tintoral {
@@ -45,13 +46,13 @@ int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& 
                 : port9100GetInkStatus(printer, inks, status);
 }
 
-// USB, base stations and BJNP: no printer is reached these ways in this version.
+// Base stations and BJNP: no printer is reached these ways in this version.
 int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) {
     return kUnreachable;
 }
 
 constexpr std::array kDispatchTable{
-    DispatchRow{server_types::usb, "", false, notReachedYet},
+    DispatchRow{server_types::usb, "", false, USBGetInkStatus},
     DispatchRow{server_types::airPort, "rio", true, notReachedYet},
     DispatchRow{server_types::airPort, "por", true, askAirPortRawPort},
     DispatchRow{server_types::airPort, "lpd", true, askAirPortLpd},
