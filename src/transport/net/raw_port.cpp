@@ -6,11 +6,11 @@
 
 #include "netproto/record_supplies.h"
 #include "transport/net/sockets.h"
-#include "vendors/canon.h"
 #include "vendors/canon_exchange.h"
 #include "vendors/epson.h"
 #include "vendors/epson_chain.h"
 #include "vendors/epson_exchange.h"
+#include "vendors/maintenance.h"
 
 namespace tintoral {
 namespace {
@@ -72,14 +72,6 @@ int canonInkStatus(const PrinterRecord& printer, const Target& target, InkQuanti
                            printer.text(keys::usbCmd), status, record, nullptr);
 }
 
-std::size_t maintenanceCommand(const PrinterRecord& printer, int option, MutableBytes buffer) {
-    const std::string maker = printer.text(keys::makerName);
-    if (maker == kEpson) {
-        return mkEpsonNozzleOption(buffer, printer.text(keys::modelName), option);
-    }
-    return maker == kCanon ? mkCanonNozzleOption(buffer, option) : 0;
-}
-
 }  // namespace
 
 int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
@@ -107,7 +99,8 @@ void port9100NozzleOptions(const PrinterRecord& printer, int option) {
     const auto target = targetOf(printer);
     if (!target) return;
     std::array<std::uint8_t, 256> command{};
-    const std::size_t size = maintenanceCommand(printer, option, command);
+    const std::size_t size = mkNozzleOption(printer.text(keys::makerName),
+                                            printer.text(keys::modelName), option, command);
     if (size > 0) tcpSend(target->host, target->port, Bytes(command).first(size));
 }
 
