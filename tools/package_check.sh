@@ -5,12 +5,12 @@
 # The root is a folder inside a namespace (tests/support/netns.sh): no network, no rights on this machine. Only the
 # libraries that the packages depend on are this machine's.
 set -euo pipefail
+packages=$(realpath "$1")
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 fail() { echo "FAILED: $*" >&2; exit 1; }
 say() { echo "ok: $*"; }
 
-packages=$(realpath "$1")
 core=$(echo "$packages"/tintoral_*.deb)
 window=$(echo "$packages"/tintoral-window_*.deb)
 [ -f "$core" ] && [ -f "$window" ] || fail "not one of each package in $packages"
@@ -134,7 +134,7 @@ check_removal() {
 if [ "${2:-}" != --inside ]; then
     check_papers
     check_dependencies
-    exec tests/support/netns.sh "$0" "$packages" --inside
+    exec tests/support/netns.sh tools/package_check.sh "$packages" --inside
 fi
 make_root
 dpkg_in_root --install "$core"
