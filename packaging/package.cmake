@@ -25,7 +25,7 @@ set(CPACK_DEBIAN_PACKAGE_SECTION utils)
 set(CPACK_DEBIAN_CORE_PACKAGE_NAME ${core_package})
 set(CPACK_DEBIAN_CORE_PACKAGE_RECOMMENDS ${window_package})
 set(CPACK_DEBIAN_CORE_PACKAGE_SUGGESTS cups)
-set(CPACK_DEBIAN_CORE_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/postinst)
+set(CPACK_DEBIAN_CORE_PACKAGE_CONTROL_EXTRA ${CMAKE_CURRENT_SOURCE_DIR}/core/postinst)
 set(CPACK_DEBIAN_CORE_DESCRIPTION "ink and toner levels of printers - program and CUPS filter
 Tintoral shows how much ink or toner is left in printers, and what state
 they are in. It asks the printers themselves, on the network and over USB.
@@ -38,6 +38,8 @@ set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME ${window_package})
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "${core_package} (= ${PROJECT_VERSION}), hicolor-icon-theme")
 set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS avahi-daemon)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS qt6-wayland)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_CONTROL_EXTRA
+    ${CMAKE_CURRENT_SOURCE_DIR}/window/postinst ${CMAKE_CURRENT_SOURCE_DIR}/window/postrm)
 set(CPACK_DEBIAN_WINDOW_DESCRIPTION "ink and toner levels of printers - window
 Tintoral shows how much ink or toner is left in printers, and what state
 they are in. It asks the printers themselves, on the network and over USB.
