@@ -34,8 +34,8 @@ constexpr Option kOptions[] = {
     {"--version", "Tintoral " TINTORAL_VERSION "\n"},
 };
 
-// Options that the toolkit takes out of the window's arguments, with one dash or two, and with the
-// value as the next argument or after "=". "session" is what a session manager starts us with.
+// Options that the toolkit takes out of the window's arguments, with one dash or two and the value
+// as the next argument, of some after "=". A session manager starts us with "session".
 constexpr std::string_view kToolkitOptions[] = {
     "display", "geometry", "name", "platform", "qwindowgeometry", "session", "style", "stylesheet"};
 
