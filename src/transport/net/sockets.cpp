@@ -242,6 +242,20 @@ int waitRecv(int socket, MutableBytes buffer, milliseconds timeout) {
     return count;
 }
 
+int receiveAll(int socket, MutableBytes buffer, milliseconds timeout) {
+    const auto deadline = Steady::now() + timeout;
+    std::size_t received = 0;
+    int result = 0;
+    while (received < buffer.size()) {
+        result = waitFor(socket, POLLIN, milliseconds(remainingMs(deadline)));
+        if (result < 1) break;
+        result = receiveOnce(socket, buffer.subspan(received));
+        if (result < 1) return received > 0 ? static_cast<int>(received) : -1;
+        received += static_cast<std::size_t>(result);
+    }
+    return received > 0 ? static_cast<int>(received) : result;
+}
+
 int waitSend(int socket, Bytes bytes) {
     std::size_t left = bytes.size();
     ssize_t written = 0;

@@ -45,6 +45,10 @@ int SelectCheck(int socket, std::chrono::milliseconds timeout);
 // or failed before anything came.
 int waitRecv(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
 
+// Reads until the buffer is full. Result: bytes read, fewer than that when the time is up or the
+// peer closes; 0 when none came in time, -1 when the peer closed or failed before anything came.
+int receiveAll(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
+
 // Writes until all is written or a write fails. After a partial write the next one starts again at
 // the first byte, as meant. Result: that of the last write. A peer that is gone gives -1 and never
 // a signal.
