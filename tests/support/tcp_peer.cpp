@@ -1,5 +1,6 @@
 #include "support/tcp_peer.h"
 
+#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -7,10 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <system_error>
 #include <utility>
-
-#include "transport/net/sockets.h"
 
 namespace tintoral::test {
 namespace {
@@ -43,6 +43,23 @@ void boundSends(int socket) {
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
+UniqueFd listenAt(const std::string& address, std::uint16_t port) {
+    constexpr int kQueue = 8;
+    addrinfo hints{};
+    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
+        fail("TcpPeer: address");
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> own(found, &::freeaddrinfo);
+    UniqueFd socket(::socket(own->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const int on = 1;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (::bind(socket.get(), own->ai_addr, own->ai_addrlen) != 0) fail("TcpPeer: bind");
+    if (::listen(socket.get(), kQueue) != 0) fail("TcpPeer: listen");
+    return socket;
+}
+
 void resetOnClose(int socket) {
     const linger now{1, 0};
     ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
@@ -52,17 +69,7 @@ void resetOnClose(int socket) {
 
 TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
                  TcpManners manners)
-    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)),
-      script_(std::move(script)),
-      manners_(manners) {
-    constexpr int kQueue = 8;
-    const int on = 1;
-    ::setsockopt(socket_.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    sockaddr_in own{};
-    resolveIpv4(address, port, own);
-    const auto* const name = reinterpret_cast<const sockaddr*>(&own);
-    if (::bind(socket_.get(), name, sizeof own) != 0) fail("TcpPeer: bind");
-    if (::listen(socket_.get(), kQueue) != 0) fail("TcpPeer: listen");
+    : socket_(listenAt(address, port)), script_(std::move(script)), manners_(manners) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
