@@ -24,6 +24,14 @@ std::string word(std::size_t value) {
 
 }  // namespace
 
+SharedPrinter saying(const std::vector<std::string>& transfers) {
+    return [transfers](Bytes) {
+        Transfers said;
+        for (const std::string& text : transfers) said.emplace_back(text.begin(), text.end());
+        return said;
+    };
+}
+
 void VirtualBaseStation::connected() {
     const std::lock_guard lock(mutex_);
     pending_.clear();

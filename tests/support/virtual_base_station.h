@@ -12,6 +12,7 @@
 // A request of another handle than the open reply's has status 2.
 #pragma once
 
+#include <algorithm>
 #include <cstdint>
 #include <deque>
 #include <functional>
@@ -44,15 +45,26 @@ struct BaseStationSetup {
     std::uint32_t chatterType = 0;    // 100 empty messages of that type before each reply
 };
 
-// The answers of a printer that answers in one piece.
+// The answers of a printer in transfers of up to that many bytes.
 template <typename Printer>
-SharedPrinter inOneTransfer(Printer& printer) {
-    return [&printer](Bytes bytes) {
-        Transfers transfers{printer.onReceive(bytes)};
-        if (transfers.front().empty()) transfers.clear();
+SharedPrinter inTransfersOf(std::size_t size, Printer& printer) {
+    return [size, &printer](Bytes bytes) {
+        Transfers transfers;
+        const auto answer = printer.onReceive(bytes);
+        for (ByteReader rest(answer); !rest.atEnd();) {
+            const Bytes piece = rest.take(std::min(size, rest.remaining()));
+            transfers.emplace_back(piece.begin(), piece.end());
+        }
         return transfers;
     };
 }
+template <typename Printer>
+SharedPrinter inOneTransfer(Printer& printer) {
+    return inTransfersOf(65536, printer);
+}
+
+// A printer that says the same to all it hears.
+SharedPrinter saying(const std::vector<std::string>& transfers);
 
 class VirtualBaseStation {
   public:

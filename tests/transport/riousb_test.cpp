@@ -3,9 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <functional>
 
 #include "support/byte_streams.h"
+#include "support/measure.h"
 #include "support/tcp_peer.h"
 #include "support/test_clock.h"
 #include "support/virtual_base_station.h"
@@ -22,6 +22,8 @@ using namespace std::chrono_literals;
 using std::chrono::milliseconds;
 using test::BaseStationSetup;
 using test::hexOf;
+using test::saying;
+using test::timed;
 
 constexpr const char* kAddress = "::1";
 constexpr std::uint16_t kPort = 10000;
@@ -36,23 +38,6 @@ struct Station {
     test::VirtualBaseStation station;
     test::TcpPeer peer;
 };
-
-// A printer that answers each write with the same transfers.
-BaseStationSetup saying(std::vector<std::string> transfers) {
-    BaseStationSetup setup;
-    setup.printer = [transfers](Bytes) {
-        test::Transfers said;
-        for (const std::string& text : transfers) said.emplace_back(text.begin(), text.end());
-        return said;
-    };
-    return setup;
-}
-
-milliseconds timed(const std::function<void()>& call) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    return std::chrono::floor<milliseconds>(std::chrono::steady_clock::now() - start);
-}
 
 // One connection; the pauses before each look for a reply are counted, not waited.
 struct Opened {
@@ -120,7 +105,7 @@ TEST(RiousbReadCache, GivesPiecesAndHoldsNoMoreThanItsRoom) {
 }
 
 TEST(Riousb, RequestsByteForByte) {
-    Station station(saying({"said"}));
+    Station station({.printer = saying({"said"})});
     {
         Opened opened;
         ASSERT_NE(opened.connection, nullptr);
@@ -131,25 +116,15 @@ TEST(Riousb, RequestsByteForByte) {
         EXPECT_EQ(opened.clock.pauses(), std::vector<std::chrono::microseconds>(2, 100ms));
     }
     ASSERT_TRUE(station.peer.waitForClients(1));
-    std::vector<std::string> heard;
+    std::string heard;
     for (const std::string& request : station.station.requests())
-        heard.push_back(hexOf(asBytes(request)));
-    const std::vector<std::string> expected{
-        "000000010000000100000001000000040000000000000000"
-        "75736231",
-        "0000000100000004000000020000000200000000"
-        "1234ABCD"
-        "1B40",
-        "0000000100000003000000030000000400000000"
-        "1234ABCD"
-        "00000400",
-        "0000000100000005000000040000000800000000"
-        "1234ABCD"
-        "0000000100002000",
-        "0000000100000002000000050000000000000000"
-        "1234ABCD",
-    };
-    EXPECT_EQ(heard, expected);
+        heard += hexOf(asBytes(request)) + "\n";
+    EXPECT_EQ(heard,
+              "00000001000000010000000100000004000000000000000075736231\n"
+              "00000001000000040000000200000002000000001234ABCD1B40\n"
+              "00000001000000030000000300000004000000001234ABCD00000400\n"
+              "00000001000000050000000400000008000000001234ABCD0000000100002000\n"
+              "00000001000000020000000500000000000000001234ABCD\n");
 }
 
 TEST(Riousb, OpensNothingThatRefuses) {
@@ -168,9 +143,7 @@ TEST(Riousb, OpensNothingThatRefuses) {
 }
 
 TEST(Riousb, DataBeforeAnAcknowledgementIsReadWithoutARequest) {
-    BaseStationSetup setup = saying({"one", "two"});
-    setup.dataBeforeAcknowledgement = true;
-    Station station(setup);
+    Station station({.printer = saying({"one", "two"}), .dataBeforeAcknowledgement = true});
     Opened opened;
     EXPECT_EQ(opened.write("ask"), 4);
     EXPECT_EQ(opened.read(2), "tw");  // of the same sequence number: the later one first
@@ -183,51 +156,31 @@ TEST(Riousb, DataBeforeAnAcknowledgementIsReadWithoutARequest) {
 
 TEST(Riousb, WritesEndWhateverComes) {
     const struct {
-        const char* name;
         BaseStationSetup setup;
         int result;
-        milliseconds atLeast, atMost;
+        milliseconds took;
+        test::TcpManners manners;
     } cases[] = {
-        {"refused", {.refuses = {4}}, -1, 0ms, 200ms},
-        {"silence", {.ignores = {4}}, 0, 500ms, 700ms},
-        {"empty", {.emptyAcknowledgements = true}, 0, 500ms, 700ms},
-        {"unknown messages first", {.chatterType = 77}, 4, 0ms, 200ms},
+        {{.refuses = {4}}, -1, 0ms, {}},
+        {{.ignores = {4}}, 0, 500ms, {}},
+        {{.emptyAcknowledgements = true}, 0, 500ms, {}},
+        {{.chatterType = 77}, 4, 0ms, {}},
+        {{.chatterType = 77}, 0, 5000ms, {.pieceSize = 24, .pieceGap = 60ms}},
     };
     for (const auto& c : cases) {
-        Station station(c.setup);
+        Station station(c.setup, c.manners);
         Opened opened;
-        const auto took = timed([&] { EXPECT_EQ(opened.write("x"), c.result) << c.name; });
-        EXPECT_GE(took, c.atLeast) << c.name;
-        EXPECT_LT(took, c.atMost) << c.name;
+        const auto took = timed([&] { EXPECT_EQ(opened.write("x"), c.result); });
+        EXPECT_GE(took, c.took);
+        EXPECT_LT(took, c.took + 300ms);
     }
 }
 
-TEST(Riousb, UnendingChatterIsLeftAfterFiveSeconds) {
-    test::VirtualBaseStation station({.ignores = {4}});
-    const std::string empty = std::string("\0\0\0\1\0\0\0\3", 8) + std::string(16, '\0');
-    test::TcpPeer peer(kAddress, kPort,
-                       {.received =
-                            [&](Bytes bytes) {
-                                std::vector<std::uint8_t> answer = station.onReceive(bytes);
-                                if (bytes.size() == 25)
-                                    for (int i = 0; i < 30; ++i)
-                                        answer.insert(answer.end(), empty.begin(), empty.end());
-                                return answer;
-                            }},
-                       {.pieceSize = 24, .pieceGap = 300ms});
-    Opened opened;
-    ASSERT_NE(opened.connection, nullptr);
-    const auto took = timed([&] { EXPECT_EQ(opened.write("x"), 0); });
-    EXPECT_GE(took, 5000ms);
-    EXPECT_LT(took, 5700ms);
-}
-
 TEST(Riousb, ReadsTakeNoMoreThanTheyCanAndLoseNothing) {
-    BaseStationSetup setup = saying({std::string(3000, 'a') + "b", "c"});
-    setup.deviceID = std::string(600, 'd');
-    setup.deviceIDBeforeData = true;
-    setup.ignoresBytesWanted = true;
-    Station station(setup);
+    Station station({.printer = saying({std::string(3000, 'a') + "b", "c"}),
+                     .deviceID = std::string(600, 'd'),
+                     .deviceIDBeforeData = true,
+                     .ignoresBytesWanted = true});
     Opened opened;
     opened.write("ask");
     EXPECT_EQ(opened.read(1000), std::string(1000, 'a'));
@@ -243,9 +196,7 @@ TEST(Riousb, ReadsTakeNoMoreThanTheyCanAndLoseNothing) {
 
 TEST(Riousb, ALengthThatLiesEndsTheConnection) {
     for (const std::uint32_t added : {1U, 0xFFFF0000U}) {
-        BaseStationSetup setup = saying({"status", "more"});
-        setup.addedLength = added;
-        Station station(setup);
+        Station station({.printer = saying({"status", "more"}), .addedLength = added});
         Opened opened;
         opened.write("ask");
         const auto took = timed([&] { EXPECT_EQ(opened.read(), "status"); });
@@ -254,79 +205,67 @@ TEST(Riousb, ALengthThatLiesEndsTheConnection) {
         EXPECT_EQ(opened.result, -1);
         EXPECT_EQ(opened.write("ask"), -1);
     }
-    BaseStationSetup refusing = saying({"status"});
-    refusing.refuses = {3};
-    Station station(refusing);
+    Station station({.refuses = {3}});
     Opened opened;
     opened.read();
     EXPECT_EQ(opened.result, -1);
 }
 
-PrinterRecord recordOf(std::string_view maker, const char* commandSet = "") {
+PrinterRecord recordOf(std::string_view maker, const char* commandSet = "",
+                       const char* commandType = "D4") {
     return {{std::string(keys::serverType), server_types::airPort},
             {std::string(keys::makerName), maker},
             {std::string(keys::modelName), "iP4300"},
             {std::string(keys::hostName), kAddress},
             {std::string(keys::port), kPort},
             {std::string(keys::usbPrinterName), "usb1"},
-            {std::string(keys::usbCmd), commandSet}};
+            {std::string(keys::usbCmd), commandSet},
+            {std::string(keys::commandType), commandType}};
 }
 
 struct Query {
     explicit Query(PrinterRecord printer) : scope(clock) {
         took = timed([&] { result = riousbGetInkStatus(printer, ink, status); });
-        for (std::size_t i = 0; i < ink.usableCount(); ++i)
-            levels.push_back(ink.entries.at(i).level);
     }
 
     test::TestClock clock;
     ScopedClock scope;
-    int result = -99;
+    int result = 0;
     InkQuantities ink;
     StatusText status;
-    std::vector<int> levels;
     milliseconds took{};
 };
 
 TEST(RiousbInkStatus, EachMakerIsAskedInItsLanguage) {
+    using enum test::EpsonReply;
     test::VirtualEpson epson;
+    test::VirtualEpson epson1({.replies = {None, Text, None}});
     test::VirtualD4Epson d4;
     test::VirtualCanon canon({.warnings = "1541"});
     test::VirtualCanon ivec({.ivec = true, .status = "04"});
-    const auto inPieces = [&](Bytes bytes) {
-        test::Transfers pieces;
-        const auto reply = ivec.onReceive(bytes);
-        for (ByteReader rest(reply); !rest.atEnd();) {
-            const Bytes piece = rest.take(std::min<std::size_t>(100, rest.remaining()));
-            pieces.emplace_back(piece.begin(), piece.end());
-        }
-        return pieces;
-    };
+    const auto d4Transfers = [&](Bytes bytes) { return d4.transfersFor(bytes); };
+    const std::vector four{60, 42, 31, 80}, five{75, 40, 62, 0, 18};
     const struct {
-        const char* maker;
-        const char* commandSet;
+        PrinterRecord record;
         test::SharedPrinter printer;
         std::vector<int> levels;
         const char* status;
     } cases[] = {
-        {"EPSON", "ESCPL2,BDC", test::inOneTransfer(epson), {60, 42, 31, 80}, "Idle"},
-        {"EPSON",
-         "ESCPL2,BDC,D4",
-         [&](Bytes b) { return d4.transfersFor(b); },
-         {60, 42, 31, 80},
-         "Idle"},
-        {"Canon", "BJL", test::inOneTransfer(canon), {75, 40, 62, 0, 18}, "Idle"},
-        {"Canon", "BJL,IVEC", inPieces, {75, 40, 62, 0, 18}, "Ink low"},
-        {"HP", "MLC,PCL,PML", BaseStationSetup().printer, {75, 60}, "Idle"},
+        {recordOf("EPSON", "BDC"), test::inOneTransfer(epson), four, "Idle"},
+        {recordOf("EPSON", "BDC", "RC1"), test::inOneTransfer(epson1), four, "Idle"},
+        {recordOf("EPSON", "BDC,D4", "RC1"), d4Transfers, four, "Idle"},
+        {recordOf("Canon", "BJL"), test::inOneTransfer(canon), five, "Idle"},
+        {recordOf("Canon", "BJL,IVEC"), test::inTransfersOf(100, ivec), five, "Ink low"},
+        {recordOf("HP", "MLC,PCL,PML"), saying({}), {75, 60}, "Idle"},
     };
     for (const auto& c : cases) {
-        SCOPED_TRACE(c.commandSet);
+        SCOPED_TRACE(c.record.text(keys::usbCmd));
         Station station(
             {.printer = c.printer,
              .deviceID = "MFG:HP;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,C0,DP,NR,KP075,CP060;"});
-        const Query query(recordOf(c.maker, c.commandSet));
+        const Query query(c.record);
         EXPECT_EQ(query.result, static_cast<int>(c.levels.size()));
-        EXPECT_EQ(query.levels, c.levels);
+        EXPECT_EQ(test::levelsOf(query.ink), c.levels);
         EXPECT_EQ(query.status.view(), c.status);
         ASSERT_TRUE(station.peer.waitForClients(1));
         EXPECT_EQ(station.station.requests().back().size(), 24U) << "a close";
@@ -334,18 +273,6 @@ TEST(RiousbInkStatus, EachMakerIsAskedInItsLanguage) {
     EXPECT_FALSE(d4.inPacketMode());
     EXPECT_EQ(canon.requests().size(), 2U) << "the inquiry and its end";
     EXPECT_EQ(ivec.requests(), std::vector<std::string>{"IVEC"});
-}
-
-TEST(RiousbInkStatus, TheCommandTypeNamesTheVariant) {
-    for (const auto& [commandType, commands] :
-         {std::pair("RC0", "IQ "), std::pair("RC1", "SM ST "), std::pair("D4", "SM ST ")}) {
-        test::VirtualEpson epson;
-        Station station({.printer = test::inOneTransfer(epson)});
-        PrinterRecord record = recordOf("EPSON");
-        record.set(keys::commandType, commandType);
-        EXPECT_EQ(Query(record).result, commandType == std::string("D4") ? 4 : 0);
-        EXPECT_EQ(epson.commands(), commands) << commandType;
-    }
 }
 
 TEST(RiousbInkStatus, IsNothingWithoutAPrinterThatAnswers) {
@@ -367,22 +294,15 @@ TEST(RiousbInkStatus, IsNothingWithoutAPrinterThatAnswers) {
     EXPECT_EQ(Query(changed(keys::usbPrinterName, "other")).result, 0);
     EXPECT_EQ(Query(recordOf("Canon")).result, 5) << "a length that lies";
 
-    const struct {
-        const char* maker;
-        const char* commandSet;
-        milliseconds waits;
-    } silent[] = {{"EPSON", "", 800ms},
-
-                  {"Canon", "", 600ms},
-                  {"Canon", "IVEC", 600ms},
-                  {"HP", "", 1000ms}};
-    for (const auto& c : silent) {
-        station.station.change({.ignores = {3, 5}});
-        const Query query(recordOf(c.maker, c.commandSet));
-        EXPECT_EQ(query.result, 0) << c.maker << c.commandSet;
+    station.station.change({.ignores = {3, 5}});
+    for (const auto& [record, waits] :
+         {std::pair(recordOf("EPSON"), 800ms), std::pair(recordOf("Canon"), 600ms),
+          std::pair(recordOf("Canon", "IVEC"), 600ms), std::pair(recordOf("HP"), 1000ms)}) {
+        const Query query(record);
+        EXPECT_EQ(query.result, 0);
         EXPECT_EQ(query.ink.count, 0);
-        EXPECT_GE(query.took, c.waits);
-        EXPECT_LT(query.took, c.waits + 300ms);
+        EXPECT_GE(query.took, waits);
+        EXPECT_LT(query.took, waits + 300ms);
     }
 }
 
