@@ -89,6 +89,17 @@ std::string answerInWords(const AddressRequest& request, const PrinterRecord& pr
     }
 }
 
+// A printer that was typed in has announced no command set. A Canon that does not answer in the
+// plain language is asked in IVEC, and remembered to speak it when that yields levels.
+UpdateOutcome askInEachLanguage(PrinterRecord& printer) {
+    const UpdateOutcome plain = updatePrinter(printer);
+    if (plain == UpdateOutcome::Levels || printer.text(keys::makerName) != "Canon") return plain;
+    printer.set(keys::usbCmd, "IVEC");
+    const UpdateOutcome ivec = updatePrinter(printer);
+    if (ivec != UpdateOutcome::Levels) printer.remove(keys::usbCmd);
+    return ivec;
+}
+
 }  // namespace
 
 std::string problemWith(const AddressRequest& request) {
@@ -133,7 +144,7 @@ std::string askPrinterName(const std::string& host) {
 AddressAnswer testAddress(const AddressRequest& request, const ModelTable& models) {
     const PrinterRecordPtr printer = makeAddressedRecord(request);
     updatePrinterDict(*printer, models);
-    const UpdateOutcome outcome = updatePrinter(*printer);
+    const UpdateOutcome outcome = askInEachLanguage(*printer);
     return {outcome, answerInWords(request, *printer, outcome), printer};
 }
 

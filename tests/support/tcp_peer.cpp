@@ -43,23 +43,6 @@ void boundSends(int socket) {
     ::setsockopt(socket, SOL_SOCKET, SO_SNDTIMEO, &limit, sizeof limit);
 }
 
-UniqueFd listenAt(const std::string& address, std::uint16_t port) {
-    constexpr int kQueue = 8;
-    addrinfo hints{};
-    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
-    hints.ai_socktype = SOCK_STREAM;
-    addrinfo* found = nullptr;
-    if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
-        fail("TcpPeer: address");
-    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> own(found, &::freeaddrinfo);
-    UniqueFd socket(::socket(own->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-    const int on = 1;
-    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    if (::bind(socket.get(), own->ai_addr, own->ai_addrlen) != 0) fail("TcpPeer: bind");
-    if (::listen(socket.get(), kQueue) != 0) fail("TcpPeer: listen");
-    return socket;
-}
-
 void resetOnClose(int socket) {
     const linger now{1, 0};
     ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
@@ -67,9 +50,33 @@ void resetOnClose(int socket) {
 
 }  // namespace
 
+UniqueFd listenOn(const std::string& address, std::uint16_t port) {
+    constexpr int kQueue = 8;
+    addrinfo hints{};
+    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
+        fail("listenOn: address");
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> own(found, &::freeaddrinfo);
+    UniqueFd listener(::socket(own->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    const int on = 1;
+    ::setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    if (::bind(listener.get(), own->ai_addr, own->ai_addrlen) != 0) fail("listenOn: bind");
+    if (::listen(listener.get(), kQueue) != 0) fail("listenOn: listen");
+    return listener;
+}
+
+UniqueFd acceptClient(int listener) {
+    if (!readable(listener)) return {};
+    UniqueFd client(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+    if (client.valid()) boundSends(client.get());
+    return client;
+}
+
 TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
                  TcpManners manners)
-    : socket_(listenAt(address, port)), script_(std::move(script)), manners_(manners) {
+    : socket_(listenOn(address, port)), script_(std::move(script)), manners_(manners) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
@@ -102,8 +109,7 @@ bool TcpPeer::waitForClients(int count, milliseconds timeout) {
 
 void TcpPeer::serve(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
-        if (!readable(socket_.get())) continue;
-        UniqueFd client(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        UniqueFd client = acceptClient(socket_.get());
         if (!client.valid()) continue;
         serveClient(stop, std::move(client));
         const std::lock_guard lock(mutex_);
@@ -112,7 +118,6 @@ void TcpPeer::serve(const std::stop_token& stop) {
 }
 
 void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
-    boundSends(client.get());
     script_.opened();
     if (!say(stop, client.get(), script_.greeting)) return;
     std::array<std::uint8_t, 4096> buffer{};

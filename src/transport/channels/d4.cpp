@@ -16,7 +16,6 @@ namespace {
 
 using namespace packet_command;
 using std::chrono::milliseconds;
-using Steady = std::chrono::steady_clock;
 
 constexpr std::uint8_t kGetSocketID = 0x09;
 constexpr std::uint8_t kCommandCredit = 1;
@@ -32,14 +31,13 @@ constexpr int kExchangeReceives = 5;
 constexpr milliseconds kExchangePause{100};
 constexpr milliseconds kReceiveTimeout{800};
 constexpr std::size_t kReplyRoom = 256;
-constexpr std::size_t kReversePacketRoom = 16;
 
 constexpr int kCreditRequests = 3;
 constexpr milliseconds kCreditPause{1};
 
 // A printer that talks without end may hold up a read no longer than this.
-constexpr int kPacketsPerRead = 64;
-constexpr std::chrono::seconds kReadLimit{4};
+constexpr ReadLimits kReadLimits{
+    .packets = 64, .timeout = kReceiveTimeout, .whole = milliseconds{4000}};
 constexpr std::size_t kDataPacketRoom = kPacketHeaderSize + kD4PayloadRoom;
 
 constexpr std::string_view kEnterPacketMode("\0\0\0\x1B\x01@EJL 1284.4\n@EJL\n@EJL\n", 27);
@@ -117,19 +115,20 @@ int requestCredit(D4Channel& channel) {
     return 0;
 }
 
-void receiveReverseCmd(D4Channel& channel) {
-    std::array<std::uint8_t, kReversePacketRoom> packet;
-    const int received = ioPacketRecv(channel.handle, packet, kReceiveTimeout);
-    if (received > 0) d4execReverseCmd(channel, packet, static_cast<std::size_t>(received));
+ReverseCommand reverseCommandOf(D4Channel& channel) {
+    return [&channel](MutableBytes buffer, std::size_t received) {
+        d4execReverseCmd(channel, buffer, received);
+    };
 }
 
-// Result: 0, or what refused a request. The channel may still be without credit after it.
+// Revision 32 lets a printer grant credit by a transaction of its own after the request.
 int obtainCredit(D4Channel& channel) {
     const bool hadNone = channel.sendCredit == 0;
-    for (int request = 0; channel.sendCredit == 0 && request < kCreditRequests; ++request) {
-        if (const int error = requestCredit(channel); error != 0) return error;
-    }
-    if (hadNone && d4Revision == kRevision32) receiveReverseCmd(channel);
+    const int error =
+        requestCreditUpTo(channel, kCreditRequests, [&] { return requestCredit(channel); });
+    if (error != 0) return error;
+    if (hadNone && d4Revision == kRevision32)
+        receiveReverseCommand(channel, kReceiveTimeout, reverseCommandOf(channel));
     return 0;
 }
 
@@ -141,23 +140,6 @@ int grantReadCredit(D4Channel& channel) {
     if (d4SendAndReceiveWithReverseCmd(channel) != 0) return -1;
     channel.readCredit = 1;
     return 0;
-}
-
-std::optional<Packet> awaitData(D4Channel& channel, MutableBytes storage) {
-    const auto deadline = Steady::now() + kReadLimit;
-    for (int packets = 0; packets < kPacketsPerRead && Steady::now() < deadline; ++packets) {
-        const int count = ioPacketRecv(channel.handle, storage, kReceiveTimeout);
-        if (count < 1) return std::nullopt;
-        const auto received = static_cast<std::size_t>(count);
-        const auto packet = parsePacket(Bytes(storage).first(received));
-        if (!packet) continue;
-        if (packet->onSocket(0)) {
-            d4execReverseCmd(channel, storage, received);
-        } else if (packet->onSocket(channel.socketId)) {
-            return packet;
-        }
-    }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -204,7 +186,7 @@ int D4read(D4Channel& channel, MutableBytes buffer, std::size_t& length) {
     if (channel.maxHostBound == 0) return -1;
     const int result = grantReadCredit(channel);
     std::array<std::uint8_t, kDataPacketRoom> storage;
-    const auto packet = awaitData(channel, storage);
+    const auto packet = awaitData(channel, storage, kReadLimits, reverseCommandOf(channel));
     if (!packet) return -1;
     addCredit(channel, packet->header.credit);
     length = takeData(channel, *packet, buffer);

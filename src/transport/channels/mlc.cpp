@@ -27,7 +27,8 @@ constexpr std::size_t kReplyRoom = 256;
 constexpr std::size_t kShortReplyRoom = 16;
 constexpr int kCreditRequests = 4;
 constexpr microseconds kCreditPause{500};
-constexpr int kPacketsPerRead = 10;
+constexpr ReadLimits kReadLimits{
+    .packets = 10, .timeout = kReceiveTimeout, .whole = 10 * kReceiveTimeout};
 constexpr std::size_t kMostData = std::numeric_limits<std::uint16_t>::max() - kPacketHeaderSize;
 
 std::optional<int> receiveInExchange(MLCChannel& channel) {
@@ -69,19 +70,18 @@ int requestCredit(MLCChannel& channel) {
     return 0;
 }
 
-void receiveReverseCmd(MLCChannel& channel) {
-    std::array<std::uint8_t, kShortReplyRoom> packet;
-    const int received = ioPacketRecv(channel.handle, packet, kReceiveTimeout);
-    if (received > 0) MLCexecReverseCmd(channel, packet, static_cast<std::size_t>(received));
+ReverseCommand reverseCommandOf(MLCChannel& channel) {
+    return [&channel](MutableBytes buffer, std::size_t received) {
+        MLCexecReverseCmd(channel, buffer, received);
+    };
 }
 
-// Result: 0, or what refused a request. The channel may still be without credit after it.
 int obtainCredit(MLCChannel& channel) {
     const bool hadNone = channel.sendCredit == 0;
-    for (int request = 0; channel.sendCredit == 0 && request < kCreditRequests; ++request) {
-        if (const int error = requestCredit(channel); error != 0) return error;
-    }
-    if (hadNone) receiveReverseCmd(channel);
+    const int error =
+        requestCreditUpTo(channel, kCreditRequests, [&] { return requestCredit(channel); });
+    if (error != 0) return error;
+    if (hadNone) receiveReverseCommand(channel, kReceiveTimeout, reverseCommandOf(channel));
     return 0;
 }
 
@@ -90,22 +90,6 @@ void grantReadCredit(MLCChannel& channel) {
     setCommand(channel, kCommandCredit, {kCredit, kSocket, kSocket, 0, 1});
     const int error = mlcSendAndReceiveWithReverseCmd(channel);
     if (error == 0 && !channel.lastReply().empty()) channel.readCredit = 1;
-}
-
-std::optional<Packet> awaitData(MLCChannel& channel, MutableBytes storage) {
-    for (int packets = 0; packets < kPacketsPerRead; ++packets) {
-        const int count = ioPacketRecv(channel.handle, storage, kReceiveTimeout);
-        if (count < 1) return std::nullopt;
-        const auto received = static_cast<std::size_t>(count);
-        const auto packet = parsePacket(Bytes(storage).first(received));
-        if (!packet) continue;
-        if (packet->onSocket(0)) {
-            MLCexecReverseCmd(channel, storage, received);
-        } else if (packet->onSocket(kSocket)) {
-            return packet;
-        }
-    }
-    return std::nullopt;
 }
 
 }  // namespace
@@ -144,7 +128,7 @@ int MLCread(MLCChannel& channel, MutableBytes buffer, std::size_t& length) {
     if (channel.maxHostBound == 0 || channel.readCredit != 0) return -1;
     grantReadCredit(channel);
     std::array<std::uint8_t, kPacketHeaderSize + kMLCPayloadRoom> storage;
-    const auto packet = awaitData(channel, storage);
+    const auto packet = awaitData(channel, storage, kReadLimits, reverseCommandOf(channel));
     if (!packet) return -1;
     addCredit(channel, be16At(storage, 4));  // credit and control as one number, as meant
     length = takeData(channel, *packet, buffer);

@@ -110,6 +110,39 @@ void refuse(const PacketChannel& channel, PacketHeader header, std::uint8_t comm
     if (!writer.failed()) ioSend(channel.handle, writer.written());
 }
 
+int requestCreditUpTo(const PacketChannel& channel, int most, const std::function<int()>& request) {
+    for (int requests = 0; channel.sendCredit == 0 && requests < most; ++requests) {
+        if (const int error = request(); error != 0) return error;
+    }
+    return 0;
+}
+
+void receiveReverseCommand(const PacketChannel& channel, std::chrono::milliseconds timeout,
+                           const ReverseCommand& execute) {
+    std::array<std::uint8_t, 16> packet;
+    const int received = ioPacketRecv(channel.handle, packet, timeout);
+    if (received > 0) execute(packet, static_cast<std::size_t>(received));
+}
+
+std::optional<Packet> awaitData(const PacketChannel& channel, MutableBytes storage,
+                                const ReadLimits& limits, const ReverseCommand& execute) {
+    using Steady = std::chrono::steady_clock;
+    const auto deadline = Steady::now() + limits.whole;
+    for (int packets = 0; packets < limits.packets && Steady::now() < deadline; ++packets) {
+        const int count = ioPacketRecv(channel.handle, storage, limits.timeout);
+        if (count < 1) return std::nullopt;
+        const auto received = static_cast<std::size_t>(count);
+        const auto packet = parsePacket(Bytes(storage).first(received));
+        if (!packet) continue;
+        if (packet->onSocket(0)) {
+            execute(storage, received);
+        } else if (packet->onSocket(channel.socketId)) {
+            return packet;
+        }
+    }
+    return std::nullopt;
+}
+
 ByteWriter& writeDataHeader(ByteWriter& writer, const PacketChannel& channel,
                             std::size_t dataLength) {
     const auto length = static_cast<std::uint16_t>(kPacketHeaderSize + dataLength);

@@ -18,6 +18,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <functional>
 #include <initializer_list>
 #include <optional>
 
@@ -126,6 +127,32 @@ void answer(const PacketChannel& channel, std::uint8_t credit,
 // nothing is sent.
 void refuse(const PacketChannel& channel, PacketHeader header, std::uint8_t command,
             MutableBytes buffer);
+
+// What a channel does with a packet that may be a transaction of the printer's own: `received`
+// bytes at the start of `buffer`.
+using ReverseCommand = std::function<void(MutableBytes buffer, std::size_t received)>;
+
+// Runs `request` until the channel holds credit, at most `most` times. Result: 0, or the first
+// result of `request` that is not 0; the channel may still be without credit after a 0.
+int requestCreditUpTo(const PacketChannel& channel, int most, const std::function<int()>& request);
+
+// Gives one packet of at most 16 bytes to `execute`, if one comes in time.
+void receiveReverseCommand(const PacketChannel& channel, std::chrono::milliseconds timeout,
+                           const ReverseCommand& execute);
+
+// How long a read waits for its data: each packet within `timeout`, no more than `packets` of them
+// and no longer than `whole`, however much the printer talks.
+struct ReadLimits {
+    int packets;
+    std::chrono::milliseconds timeout;
+    std::chrono::milliseconds whole;
+};
+
+// The next data packet of the channel's socket. Transactions that come before it go to `execute`,
+// packets of other sockets and what is no packet are dropped. The packet shares `storage`, which
+// the caller keeps. Nothing when the limits are reached or no packet comes in time.
+std::optional<Packet> awaitData(const PacketChannel& channel, MutableBytes storage,
+                                const ReadLimits& limits, const ReverseCommand& execute);
 
 // Writes the header of a data packet of the channel that carries `dataLength` bytes (at most 65529)
 // and no credit.
