@@ -4,6 +4,7 @@
 #include <QtGui/QOffscreenSurface>
 #include <QtGui/QOpenGLContext>
 #include <QtGui/QPainter>
+#include <algorithm>
 #include <array>
 #include <cstddef>
 
@@ -79,26 +80,40 @@ bool isPlatformWithOpenGL() {
            platform.startsWith(QLatin1String("wayland"));
 }
 
-bool isContextUsable() {
+// By the names that Mesa gives its drivers.
+bool isSoftware(const QByteArray& renderer) {
+    constexpr std::array kSoftware{"llvmpipe", "softpipe", "swrast", "Software Rasterizer"};
+    return std::ranges::any_of(kSoftware,
+                               [&](const char* name) { return renderer.contains(name); });
+}
+
+OpenGL kindOfCurrent(QOpenGLContext& context) {
+    const auto least = context.isOpenGLES() ? std::pair(2, 0) : std::pair(2, 1);
+    if (context.format().version() < least) return OpenGL::None;
+    const auto* renderer =
+        reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
+    return isSoftware(renderer) ? OpenGL::Software : OpenGL::Hardware;
+}
+
+OpenGL findOpenGL() {
+    if (!isPlatformWithOpenGL()) return OpenGL::None;
     QOpenGLContext context;
-    if (!context.create()) return false;
+    if (!context.create()) return OpenGL::None;
     QOffscreenSurface surface;
     surface.setFormat(context.format());
     surface.create();
-    if (!surface.isValid() || !context.makeCurrent(&surface)) return false;
-    const auto version = context.format().version();
+    if (!surface.isValid() || !context.makeCurrent(&surface)) return OpenGL::None;
+    const OpenGL kind = kindOfCurrent(context);
     context.doneCurrent();
-    return version >= (context.isOpenGLES() ? std::pair(2, 0) : std::pair(2, 1));
+    return kind;
 }
 
 Vertex vertexOf(const Face& face, std::size_t corner) {
     const QVector3D& at = face.corners[corner];
-    const float factor = corner < 2 ? face.foot : 1;
     const QColor& color = face.color;
-    return {
-        {at.x(), at.y(), at.z()},
-        {face.normal.x(), face.normal.y(), face.normal.z()},
-        {color.redF() * factor, color.greenF() * factor, color.blueF() * factor, color.alphaF()}};
+    return {{at.x(), at.y(), at.z()},
+            {face.normal.x(), face.normal.y(), face.normal.z()},
+            {color.redF(), color.greenF(), color.blueF(), color.alphaF()}};
 }
 
 void addTriangles(const Face& face, std::vector<Vertex>& vertices) {
@@ -111,9 +126,9 @@ void addTriangles(const Face& face, std::vector<Vertex>& vertices) {
 
 }  // namespace
 
-bool isOpenGLUsable() {
-    static const bool usable = isPlatformWithOpenGL() && isContextUsable();
-    return usable;
+OpenGL availableOpenGL() {
+    static const OpenGL kind = findOpenGL();
+    return kind;
 }
 
 Graph3DGl::Graph3DGl(QWidget* parent) : QOpenGLWidget(parent) {
@@ -134,6 +149,7 @@ void Graph3DGl::setFrame(Frame3D frame) {
 // The context ends with the window that shows it; another window makes another one.
 void Graph3DGl::release() {
     if (!program_) return;
+    disconnect(releasing_);
     makeCurrent();
     layout_.destroy();
     vertices_.destroy();
@@ -144,7 +160,7 @@ void Graph3DGl::release() {
 
 void Graph3DGl::initializeGL() {
     initializeOpenGLFunctions();
-    connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &Graph3DGl::release);
+    releasing_ = connect(context(), &QOpenGLContext::aboutToBeDestroyed, this, &Graph3DGl::release);
     program_ = std::make_unique<QOpenGLShaderProgram>();
     const Heads heads = headsFor(*context());
     program_->addShaderFromSourceCode(QOpenGLShader::Vertex,
@@ -171,7 +187,8 @@ void Graph3DGl::upload(const Scene3D& scene) {
     for (const Face& face : scene.backdrop) addTriangles(face, vertices);
     backdropVertices_ = static_cast<int>(vertices.size());
     for (const Bar& bar : scene.bars) {
-        for (const Face& face : bar.faces) addTriangles(face, vertices);
+        for (const Face& face : bar.sides) addTriangles(face, vertices);
+        for (const Face& face : bar.edges) addTriangles(face, vertices);
     }
     barVertices_ = static_cast<int>(vertices.size()) - backdropVertices_;
     vertices_.allocate(vertices.data(), static_cast<int>(vertices.size() * sizeof(Vertex)));

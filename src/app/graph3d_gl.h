@@ -12,9 +12,15 @@
 
 namespace tintoral {
 
-// Whether a Graph3DGl can be made and shown. The toolkit crashes where it cannot, so this is asked
-// first, after QApplication was made; it is found out once.
-bool isOpenGLUsable();
+// What a Graph3DGl would run on.
+enum class OpenGL {
+    None,      // it can be neither made nor shown: the toolkit would crash
+    Software,  // the processor draws; QPainter does that several times faster
+    Hardware
+};
+
+// To be asked after QApplication was made; it is found out once.
+OpenGL availableOpenGL();
 
 class Graph3DGl final : public QOpenGLWidget, private QOpenGLFunctions {
     Q_OBJECT
@@ -39,6 +45,7 @@ class Graph3DGl final : public QOpenGLWidget, private QOpenGLFunctions {
     void drawFaces();
     void drawVertices(int first, int count, const Lighting& lighting);
 
+    QMetaObject::Connection releasing_;
     std::optional<Frame3D> frame_;
     std::shared_ptr<const Scene3D> uploaded_;
     std::unique_ptr<QOpenGLShaderProgram> program_;

@@ -146,17 +146,27 @@ std::vector<Label3D> labelsOf(const Scene3D& scene, const Projection& projection
 
 Frame3D makeFrame(std::shared_ptr<const Scene3D> scene, const Camera& camera, QSizeF size,
                   const QFont& font) {
-    const QMarginsF first(size.width() / 8, kPadding, size.width() / 8, size.height() / 8);
-    const Projection whole(*scene, camera.unzoomed(), size, first);
-    const Projection projection(*scene, camera, size, marginsFor(*scene, whole, font));
+    constexpr int kRefinements = 2;  // the labels depend a little on the room that they leave
+    QMarginsF margins(size.width() / 8, kPadding, size.width() / 8, size.height() / 8);
+    for (int i = 0; i < kRefinements; ++i) {
+        margins = marginsFor(*scene, Projection(*scene, camera.unzoomed(), size, margins), font);
+    }
+    const Projection projection(*scene, camera, size, margins);
     return {std::move(scene), projection, barLighting(camera), font};
 }
 
 void paintOverlay(QPainter& painter, const Frame3D& frame) {
+    const SceneTheme& theme = frame.scene->theme;
+    QColor veil = theme.background;  // over a bar that a label may come to lie on
+    veil.setAlphaF(0.75F);
     painter.setRenderHint(QPainter::Antialiasing);
     painter.setFont(frame.font);
-    painter.setPen(mixed(frame.scene->theme.text, frame.scene->theme.background, 0.2));
     for (const Label3D& label : labelsOf(*frame.scene, frame.projection, frame.font)) {
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(veil);
+        painter.drawRoundedRect(label.place.adjusted(-kClearance, 0, kClearance, 0), kClearance,
+                                kClearance);
+        painter.setPen(mixed(theme.text, theme.background, 0.2));
         painter.drawText(label.place, Qt::AlignCenter | Qt::TextDontClip, label.text);
     }
     if (frame.marked) paintOutline(painter, *frame.marked, frame);

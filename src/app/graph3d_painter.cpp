@@ -1,6 +1,5 @@
 #include "app/graph3d_painter.h"
 
-#include <QtGui/QLinearGradient>
 #include <QtGui/QPolygonF>
 #include <algorithm>
 
@@ -29,26 +28,6 @@ bool isTurnedAway(const QPolygonF& polygon) {
     return area >= 0;
 }
 
-// From the lower edge of a side (its first two corners) straight up to the level of its upper edge.
-QBrush gradient(const QPolygonF& side, const QColor& foot, const QColor& top) {
-    const QPointF edge = side[1] - side[0];
-    const QPointF upwards = (side[2] + side[3] - side[0] - side[1]) / 2;
-    const QPointF across(-edge.y(), edge.x());
-    const double length = QPointF::dotProduct(edge, edge);
-    if (length <= 0) return top;
-    QLinearGradient gradient(side[0],
-                             side[0] + across * (QPointF::dotProduct(upwards, across) / length));
-    gradient.setColorAt(0, foot);
-    gradient.setColorAt(1, top);
-    return gradient;
-}
-
-QBrush brushFor(const Face& face, const QPolygonF& polygon, const Lighting& lighting) {
-    const QColor color = litColor(face, lighting);
-    if (face.foot == 1) return color;
-    return gradient(polygon, litColor(face, lighting, face.foot), color);
-}
-
 // The corners of the smallest convex polygon around the points (Andrew's monotone chain).
 QPolygonF convexHull(QPolygonF points) {
     std::ranges::sort(points, {}, [](QPointF p) { return std::pair(p.x(), p.y()); });
@@ -71,19 +50,25 @@ QPolygonF convexHull(QPolygonF points) {
 
 QPolygonF outlineOf(const Bar& bar, const Projection& projection) {
     QPolygonF corners;
-    for (const Face& face : bar.faces) corners << projected(face, projection);
+    corners.reserve(bar.corners.size());
+    for (const QVector3D& corner : bar.corners) corners << projection.toPixel(corner);
     return convexHull(corners);
 }
 
+void paintFace(QPainter& painter, const Face& face, const QColor& color,
+               const Projection& projection) {
+    const QPolygonF polygon = projected(face, projection);
+    if (isTurnedAway(polygon)) return;
+    painter.setBrush(color);
+    painter.drawConvexPolygon(polygon);
+}
+
+// What of the outline the sides leave free are the edges.
 void paintBar(QPainter& painter, const Bar& bar, const Frame3D& frame) {
-    // Under the faces, or what is behind the bar would shine through along their edges.
-    painter.setBrush(litColor(bar.faces.front(), frame.lighting));
+    painter.setBrush(litColor(bar.edges.front(), frame.lighting));
     painter.drawConvexPolygon(outlineOf(bar, frame.projection));
-    for (const Face& face : bar.faces) {
-        const QPolygonF polygon = projected(face, frame.projection);
-        if (isTurnedAway(polygon)) continue;
-        painter.setBrush(brushFor(face, polygon, frame.lighting));
-        painter.drawConvexPolygon(polygon);
+    for (const Face& side : bar.sides) {
+        paintFace(painter, side, litColor(side, frame.lighting), frame.projection);
     }
 }
 
@@ -91,15 +76,14 @@ void paintBar(QPainter& painter, const Bar& bar, const Frame3D& frame) {
 
 void paintFaces(QPainter& painter, const Frame3D& frame) {
     const Scene3D& scene = *frame.scene;
-    painter.setRenderHint(QPainter::Antialiasing);
     painter.fillRect(QRectF(QPointF(), frame.projection.size()), scene.theme.background);
     painter.setPen(Qt::NoPen);
     for (const Face& face : scene.backdrop) {
-        const QPolygonF polygon = projected(face, frame.projection);
-        if (isTurnedAway(polygon)) continue;
-        painter.setBrush(face.color);
-        painter.drawConvexPolygon(polygon);
+        // The steps of a shadow are too faint to show, and smooth ones take ten times as long.
+        painter.setRenderHint(QPainter::Antialiasing, face.color.alpha() == 255);
+        paintFace(painter, face, face.color, frame.projection);
     }
+    painter.setRenderHint(QPainter::Antialiasing);
     for (const Bar* bar : backToFront(scene, frame.projection.eye())) {
         paintBar(painter, *bar, frame);
     }

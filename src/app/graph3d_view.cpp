@@ -49,11 +49,15 @@ void paintNothingYet(QPainter& painter, const QRectF& view, const SceneTheme& th
 
 }  // namespace
 
-Graph3DView::Graph3DView(QWidget* parent) : QWidget(parent) {
+Graph3DView::Graph3DView(QWidget* parent)
+    : Graph3DView(availableOpenGL() == OpenGL::Hardware ? Renderer::OpenGL : Renderer::Painter,
+                  parent) {}
+
+Graph3DView::Graph3DView(Renderer renderer, QWidget* parent) : QWidget(parent) {
     setFocusPolicy(Qt::StrongFocus);
     setMouseTracking(true);
     setAccessibleName(QStringLiteral("Ink history in three dimensions"));
-    if (isOpenGLUsable()) {
+    if (renderer == Renderer::OpenGL) {
         gl_ = std::make_unique<Graph3DGl>(this);
         gl_->setAttribute(Qt::WA_TransparentForMouseEvents);
     }

@@ -1,9 +1,9 @@
 // The 3-D view of a printer's ink history: lit bars for each ink and month.
 //
 // Dragging or the arrow keys turn it, the wheel or plus and minus zoom it, a double click or Home
-// puts it back; a tooltip tells what is under the pointer. Drawn with OpenGL where that works, else
-// with QPainter: the two look the same. To be made when it is first shown, as OpenGL may take long
-// to start and much memory.
+// puts it back; a tooltip tells what is under the pointer. Drawn with OpenGL where a graphics card
+// does that, else with QPainter: the two look the same. To be made when it is first shown, as
+// OpenGL may take long to start and much memory.
 #pragma once
 
 #include <QtGui/QColor>
@@ -24,7 +24,12 @@ class Graph3DView : public QWidget {
     Q_OBJECT
 
   public:
+    enum class Renderer { OpenGL, Painter };
+
+    // With the renderer that is faster here.
     explicit Graph3DView(QWidget* parent = nullptr);
+    // Renderer::OpenGL only where availableOpenGL() tells of any.
+    Graph3DView(Renderer renderer, QWidget* parent);
     ~Graph3DView() override;
 
     // Shows another history (inkDicts, oldest first; null for none), which is read now and not

@@ -21,15 +21,14 @@ constexpr float kBarShare = 0.62F;       // of its place
 constexpr float kWidestBar = 0.85F;
 constexpr float kBevel = 0.07F;
 constexpr float kLowestBar = 0.008F;  // of the whole height
-constexpr float kFoot = 0.8F;
 constexpr int kLevelStep = 20;
 constexpr int kFullLevel = 100;
 
 constexpr double kOutlineContrast = 1.6;  // below it an ink's edges are set off
-constexpr double kOutlineShare = 0.5;
+constexpr double kOutlineShare = 0.38;
 
 constexpr float kFieldOfView = 30;
-constexpr float kDistance = 3.4F;  // of the eye, in radii of the scene
+constexpr float kDistance = 4.5F;  // of the eye, in radii of the scene
 
 float radians(float degrees) {
     return degrees * std::numbers::pi_v<float> / 180;
@@ -51,7 +50,7 @@ double luminance(const QColor& color) {
 }
 
 double contrast(const QColor& a, const QColor& b) {
-    const auto [darker, lighter] = std::minmax(luminance(a), luminance(b));
+    const auto [darker, lighter] = std::minmax({luminance(a), luminance(b)});
     return (lighter + 0.05) / (darker + 0.05);
 }
 
@@ -66,10 +65,8 @@ Face makeFace(std::span<const QVector3D> corners, const QColor& color) {
 
 // --- bars -------------------------------------------------------------------------------------
 
-using Ring = std::array<QVector3D, 8>;
-
 // A rectangle around the bar's axis with its corners cut off, counter-clockwise seen from above.
-Ring ringAt(const Bar& bar, float y, float inset) {
+std::array<QVector3D, Bar::kRing> ringAt(const Bar& bar, float y, float inset) {
     const float left = bar.low.x() + inset;
     const float right = bar.high.x() - inset;
     const float back = bar.low.z() + inset;
@@ -78,6 +75,15 @@ Ring ringAt(const Bar& bar, float y, float inset) {
     return {QVector3D(left + cut, y, front), {right - cut, y, front}, {right, y, front - cut},
             {right, y, back + cut},          {right - cut, y, back},  {left + cut, y, back},
             {left, y, back + cut},           {left, y, front - cut}};
+}
+
+void addCorners(Bar& bar) {
+    const float bevel = std::min(kBevel, bar.high.y() / 2);
+    auto next = bar.corners.begin();
+    for (const auto& ring : {ringAt(bar, bar.low.y(), 0), ringAt(bar, bar.high.y() - bevel, 0),
+                             ringAt(bar, bar.high.y(), kBevel)}) {
+        next = std::ranges::copy(ring, next).out;
+    }
 }
 
 // A printer's pure colours would glare as large faces, and pure black would swallow the light.
@@ -100,24 +106,27 @@ BarColors barColors(const QColor& ink, const SceneTheme& theme) {
     return {body, standsOut ? body : mixed(body, theme.text, kOutlineShare)};
 }
 
+// The face between two rings above the i-th stretch of the lower one.
+Face faceBetween(const Bar& bar, std::size_t ring, std::size_t i, const QColor& color) {
+    const std::size_t lower = ring * Bar::kRing;
+    const std::size_t upper = lower + Bar::kRing;
+    const std::size_t j = (i + 1) % Bar::kRing;
+    return makeFace(std::array{bar.corners[lower + i], bar.corners[lower + j],
+                               bar.corners[upper + j], bar.corners[upper + i]},
+                    color);
+}
+
 void addFaces(Bar& bar, const BarColors& colors) {
-    const float height = bar.high.y() - bar.low.y();
-    const float bevel = std::min(kBevel, height / 2);
-    const std::array rings{ringAt(bar, bar.low.y(), 0), ringAt(bar, bar.high.y() - bevel, 0),
-                           ringAt(bar, bar.high.y(), kBevel)};
-    std::size_t next = 0;
-    for (std::size_t lower = 0; lower < 2; ++lower) {
-        for (std::size_t i = 0; i < rings[0].size(); ++i) {
-            const std::size_t j = (i + 1) % rings[0].size();
-            const bool isEdge = lower == 1 || i % 2 == 1;
-            Face& face = bar.faces[next++];
-            face = makeFace(std::array{rings[lower][i], rings[lower][j], rings[lower + 1][j],
-                                       rings[lower + 1][i]},
-                            isEdge ? colors.edge : colors.body);
-            if (lower == 0) face.foot = kFoot;
-        }
+    const std::span<const QVector3D> corners(bar.corners);
+    auto side = bar.sides.begin();
+    auto edge = bar.edges.begin();
+    for (std::size_t i = 0; i < Bar::kRing; ++i) {
+        if (i % 2 == 0) *side++ = faceBetween(bar, 0, i, colors.body);
+        if (i % 2 == 1) *edge++ = faceBetween(bar, 0, i, colors.edge);
+        *edge++ = faceBetween(bar, 1, i, colors.edge);
     }
-    bar.faces[next] = makeFace(rings[2], colors.body);
+    *side = makeFace(corners.last(Bar::kRing), colors.body);
+    for (Face& face : bar.edges) face.normal = side->normal;
 }
 
 Bar makeBar(const Scene3D& scene, std::size_t ink, std::size_t month, int level) {
@@ -143,7 +152,9 @@ void addBars(Scene3D& scene, const MonthlyLevels& table, const std::vector<QColo
         for (std::size_t month = 0; month < table.months.size(); ++month) {
             const auto level = table.levels[ink][month];
             if (!level) continue;
-            addFaces(scene.bars.emplace_back(makeBar(scene, ink, month, *level)), paint);
+            Bar& bar = scene.bars.emplace_back(makeBar(scene, ink, month, *level));
+            addCorners(bar);
+            addFaces(bar, paint);
         }
     }
 }
@@ -329,12 +340,12 @@ Camera Camera::unzoomed() const {
 Lighting barLighting(const Camera& camera) {
     constexpr float kLeftOfViewer = 35;
     constexpr float kElevation = 58;
-    return {directionTo(camera.yaw() - kLeftOfViewer, kElevation), 0.62F, 0.4F, 0.06F};
+    return {directionTo(camera.yaw() - kLeftOfViewer, kElevation), 0.68F, 0.34F, 0.06F};
 }
 
-QColor litColor(const Face& face, const Lighting& lighting, float factor) {
+QColor litColor(const Face& face, const Lighting& lighting) {
     const float d = std::max(QVector3D::dotProduct(face.normal, lighting.direction), 0.0F);
-    const float gain = factor * (lighting.ambient + lighting.diffuse * d);
+    const float gain = lighting.ambient + lighting.diffuse * d;
     const auto lit = [&](float c) { return std::min(c * gain + lighting.sheen * d, 1.0F); };
     return QColor::fromRgbF(lit(face.color.redF()), lit(face.color.greenF()),
                             lit(face.color.blueF()), face.color.alphaF());
@@ -368,6 +379,7 @@ void Projection::fit(const QRectF& box, const Camera& camera, const QMarginsF& m
     fitting.scale(static_cast<float>(scale * perX), static_cast<float>(scale * perY));
     fitting.translate(static_cast<float>(-box.center().x()), static_cast<float>(-box.center().y()));
     matrix_ = fitting * matrix_;
+    inverse_ = matrix_.inverted();
 }
 
 QPointF Projection::toPixel(const QVector3D& point) const {
@@ -378,7 +390,7 @@ QPointF Projection::toPixel(const QVector3D& point) const {
 QVector3D Projection::fromPixel(QPointF pixel, float depth) const {
     const QVector3D ndc(static_cast<float>(2 * pixel.x() / size_.width() - 1),
                         static_cast<float>(1 - 2 * pixel.y() / size_.height()), depth);
-    return matrix_.inverted().map(ndc);
+    return inverse_.map(ndc);
 }
 
 const Bar* pickBar(const Scene3D& scene, const Projection& projection, QPointF pixel) {

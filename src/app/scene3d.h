@@ -42,18 +42,21 @@ struct Face {
     std::size_t count = 0;
     QVector3D normal;
     QColor color;
-    float foot = 1;  // the colour is this much darker at the first two corners
 };
 
+// A box with its upright and upper edges cut off. The cuts have one light, that of the top: a
+// renderer may fill the bar's outline with it and put the sides over that.
 struct Bar {
-    static constexpr std::size_t kFaces = 17;  // eight sides, eight bevels and the top
+    static constexpr std::size_t kRing = 8;  // corners around the bar at one height
 
     std::size_t ink = 0;
     std::size_t month = 0;
     int level = 0;  // percent as reported
-    QVector3D low;  // opposite corners of the box that it fills
+    QVector3D low;  // opposite corners of the box
     QVector3D high;
-    std::array<Face, kFaces> faces;
+    std::array<QVector3D, 3 * kRing> corners;
+    std::array<Face, 5> sides;  // and the top, last
+    std::array<Face, 12> edges;
 };
 
 struct Scene3D {
@@ -117,7 +120,7 @@ struct Lighting {
 
 // The backdrop is shown in its own colours.
 Lighting barLighting(const Camera& camera);
-QColor litColor(const Face& face, const Lighting& lighting, float factor = 1);
+QColor litColor(const Face& face, const Lighting& lighting);
 
 // A camera's picture of a scene in a view.
 class Projection {
@@ -139,6 +142,7 @@ class Projection {
     void fit(const QRectF& box, const Camera& camera, const QMarginsF& margins);
 
     QMatrix4x4 matrix_;
+    QMatrix4x4 inverse_;
     QVector3D eye_;
     QSizeF size_;
     QRectF box_;
