@@ -14,7 +14,6 @@ constexpr double kClearance = 3;        // between two labels
 constexpr double kMostInkWidth = 0.24;  // of the view, for a name; longer ones are cut
 constexpr double kMostMarginX = 0.28;
 constexpr double kMostMarginY = 0.25;
-constexpr int kLevelStep = 20;
 
 // One place on an axis: where its label begins, and in which direction it stands off.
 struct Tick {
@@ -70,7 +69,7 @@ QVector3D levelEdge(const Scene3D& scene, const Projection& projection) {
 std::vector<Tick> levelTicks(const Scene3D& scene, const Projection& projection) {
     QVector3D at = levelEdge(scene, projection);
     std::vector<Tick> ticks;
-    for (int level = 0; level <= 100; level += kLevelStep) {
+    for (int level = 0; level <= kFullLevel; level += kLevelStep) {
         at.setY(scene.levelY(level));
         ticks.push_back({QStringLiteral("%1 %").arg(level), projection.toPixel(at), {-1, 0}});
     }

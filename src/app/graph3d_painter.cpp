@@ -80,10 +80,11 @@ void paintFaces(QPainter& painter, const Frame3D& frame) {
     painter.setPen(Qt::NoPen);
     for (const Face& face : scene.backdrop) {
         // The steps of a shadow are too faint to show, and smooth ones take ten times as long.
-        painter.setRenderHint(QPainter::Antialiasing, face.color.alpha() == 255);
+        const bool isShadow = face.color.alpha() < 255;
+        painter.setRenderHint(QPainter::Antialiasing, frame.isSmooth && !isShadow);
         paintFace(painter, face, face.color, frame.projection);
     }
-    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setRenderHint(QPainter::Antialiasing, frame.isSmooth);
     for (const Bar* bar : backToFront(scene, frame.projection.eye())) {
         paintBar(painter, *bar, frame);
     }

@@ -20,6 +20,7 @@ struct Frame3D {
     Lighting lighting;
     QFont font;
     const Bar* marked = nullptr;  // of the scene; its outline is drawn
+    bool isSmooth = true;         // a QPainter is five times faster with rough rims
 };
 
 // The picture in a view of `size` pixels, with room around it for the labels.

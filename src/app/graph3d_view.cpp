@@ -20,6 +20,7 @@ constexpr float kDegreesPerPixel = 0.4F;
 constexpr float kDegreesPerKey = 6;
 constexpr double kZoomPerStep = 1.15;
 constexpr double kAnglePerStep = 120;  // of a wheel, in eighths of a degree
+constexpr double kFinePixels = 1.5;    // to a point; so fine that rough rims hardly show in motion
 constexpr QSize kPreferredSize(720, 420);
 constexpr QSize kLeastSize(260, 180);
 
@@ -86,6 +87,7 @@ std::optional<Frame3D> Graph3DView::frame() const {
     if (scene_->isEmpty() || size().isEmpty()) return std::nullopt;
     Frame3D frame = makeFrame(scene_, camera_, size(), font());
     frame.marked = marked_;
+    frame.isSmooth = !dragged_ || devicePixelRatioF() < kFinePixels;
     return frame;
 }
 
@@ -150,7 +152,9 @@ void Graph3DView::mouseMoveEvent(QMouseEvent* event) {
 }
 
 void Graph3DView::mouseReleaseEvent(QMouseEvent* event) {
-    if (event->button() == Qt::LeftButton) dragged_.reset();
+    if (event->button() != Qt::LeftButton) return event->ignore();
+    dragged_.reset();
+    refresh();
 }
 
 void Graph3DView::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -21,8 +21,6 @@ constexpr float kBarShare = 0.62F;       // of its place
 constexpr float kWidestBar = 0.85F;
 constexpr float kBevel = 0.07F;
 constexpr float kLowestBar = 0.008F;  // of the whole height
-constexpr int kLevelStep = 20;
-constexpr int kFullLevel = 100;
 
 constexpr double kOutlineContrast = 1.6;  // below it an ink's edges are set off
 constexpr double kOutlineShare = 0.38;

@@ -26,6 +26,9 @@
 
 namespace tintoral {
 
+inline constexpr int kFullLevel = 100;  // percent
+inline constexpr int kLevelStep = 20;   // between two lines on a wall
+
 // The two colours of the person's palette that all others derive from.
 struct SceneTheme {
     QColor background;
