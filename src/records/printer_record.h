@@ -73,4 +73,11 @@ inline constexpr std::string_view macCups14 = "Mac cups1.4";
 inline constexpr std::string_view macCups15 = "Mac cups1.5";
 }  // namespace server_types
 
+// Makers as "makerName" has them, compared exactly.
+namespace makers {
+inline constexpr std::string_view epson = "EPSON";
+inline constexpr std::string_view canon = "Canon";
+inline constexpr std::string_view hp = "HP";
+}  // namespace makers
+
 }  // namespace tintoral

@@ -15,9 +15,6 @@
 namespace tintoral {
 namespace {
 
-constexpr std::string_view kEpson = "EPSON";
-constexpr std::string_view kCanon = "Canon";
-
 constexpr int kUnreachable = -1;
 constexpr std::size_t kLongestAddress = 64;
 constexpr std::uint16_t kUsualPort = 9100;
@@ -39,8 +36,7 @@ std::optional<Target> targetOf(const PrinterRecord& printer) {
 }
 
 std::string_view firstEpsonCommand(const PrinterRecord& printer) {
-    const bool speaksD4 = printer.text(keys::usbCmd).find("D4") != std::string::npos;
-    return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
+    return epsonSpeaksD4(printer.text(keys::usbCmd)) ? epson_commands::d4 : epson_commands::rc0;
 }
 
 // One inquiry. What it refers to must outlive the link.
@@ -79,8 +75,8 @@ int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedT
     const auto target = targetOf(printer);
     if (!target) return kUnreachable;
     const std::string maker = printer.text(keys::makerName);
-    if (maker == kEpson) return epsonInkStatus(printer, *target, record, status);
-    if (maker == kCanon) return canonInkStatus(printer, *target, record, status);
+    if (maker == makers::epson) return epsonInkStatus(printer, *target, record, status);
+    if (maker == makers::canon) return canonInkStatus(printer, *target, record, status);
     return inkStatusOfRecordByPMib(printer, target->host, record, status);
 }
 
