@@ -24,7 +24,7 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     qInstallMessageHandler(usual);
     QApplication::setQuitOnLastWindowClosed(
         false);  // closing the main window quits; a dialog's close does not
-    tintoral::AppController controller;
+    tintoral::AppController controller{tintoral::PrinterSources()};
     controller.awakeFromNib();
     controller.myWindow().show();
     return QApplication::exec();
