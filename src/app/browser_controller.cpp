@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QShortcut>
+#include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "app/add_by_address_dialog.h"
@@ -20,6 +21,18 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPaintTime{50};
 // Announcements come in bursts; the table is loaded once for all that come within this time.
 constexpr milliseconds kBurst{30};
+
+// Rows are chosen, not cells: no frame around one of them.
+class RowDelegate : public QStyledItemDelegate {
+  public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+  protected:
+    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
+        QStyledItemDelegate::initStyleOption(option, index);
+        option->state &= ~QStyle::State_HasFocus;
+    }
+};
 
 PrinterTable listOf(const std::function<PrinterTable()>& source) {
     return source ? source() : PrinterTable();
@@ -63,17 +76,25 @@ void BrowserController::setUpTable() {
     printerTable2_.setSourceModel(&model_);
     printerTable2_.setSortCaseSensitivity(Qt::CaseInsensitive);
     table.setModel(&printerTable2_);
+    table.setItemDelegate(new RowDelegate(&table));
     table.horizontalHeader()->setSortIndicator(PrinterTableModel::Name, Qt::AscendingOrder);
     table.setSortingEnabled(true);
+    setUpSizes();
+    ui_->emptyHint->setAttribute(Qt::WA_TransparentForMouseEvents);
+}
+
+void BrowserController::setUpSizes() {
+    QTableView& table = *ui_->printerTableView;
+    const int rowHeight = table.fontMetrics().height() + 10;
     table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table.verticalHeader()->setDefaultSectionSize(table.fontMetrics().height() + 10);
+    table.verticalHeader()->setDefaultSectionSize(rowHeight);
+    table.horizontalHeader()->setFixedHeight(rowHeight);
     const int character = table.fontMetrics().averageCharWidth();
-    for (const auto& [column, characters] : {std::pair(PrinterTableModel::Name, 34),
-                                             {PrinterTableModel::Connection, 19},
-                                             {PrinterTableModel::Address, 18},
+    for (const auto& [column, characters] : {std::pair(PrinterTableModel::Name, 40),
+                                             {PrinterTableModel::Connection, 21},
+                                             {PrinterTableModel::Address, 21},
                                              {PrinterTableModel::Status, 16}})
         table.setColumnWidth(column, characters * character);
-    ui_->emptyHint->setAttribute(Qt::WA_TransparentForMouseEvents);
 }
 
 void BrowserController::connectWidgets() {

@@ -62,6 +62,7 @@ class BrowserController : public QDialog {
   private:
     void connectWidgets();
     void setUpTable();
+    void setUpSizes();
     void observeNotifications();
     void handlePrinterFound(const PrinterRecordPtr& printer);
     void handlePrinterRemoved(const PrinterRecordPtr& printer);

@@ -1,5 +1,8 @@
 #include "app/printer_table_model.h"
 
+#include <QBrush>
+#include <QGuiApplication>
+#include <QPalette>
 #include <algorithm>
 
 #include "monitor/record_rules.h"
@@ -25,7 +28,7 @@ std::string kindInWords(const PrinterRecord& printer) {
         kKinds, [&](const KindInWords& candidate) { return kind.starts_with(candidate.prefix); });
     if (row == kKinds.end()) return {};
     const std::int64_t port = printer.integer(keys::port).value_or(kUsualRawPort);
-    const bool isUnusualPort = row->prefix == "port" && port != kUsualRawPort;
+    const bool isUnusualPort = row->prefix == "port" && port > 0 && port != kUsualRawPort;
     return std::string(row->words) + (isUnusualPort ? " " + std::to_string(port) : "");
 }
 
@@ -33,7 +36,7 @@ std::string kindInWords(const PrinterRecord& printer) {
 std::string connectionInWords(const PrinterRecord& printer) {
     const std::string serverType = printer.text(keys::serverType);
     const std::string words = kindInWords(printer);
-    if (serverType == server_types::airPort) return "AirPort, " + words;
+    if (serverType == server_types::airPort) return words + ", AirPort";
     return serverType.starts_with(server_types::mac) ? words + ", shared" : words;
 }
 
@@ -62,6 +65,14 @@ constexpr std::array<ColumnRule, PrinterTableModel::kColumns> kColumnRules{{
 // A tool tip would read a text with tags as rich text.
 QString plainToolTip(const QString& text) {
     return text.isEmpty() ? text : "<qt>" + text.toHtmlEscaped() + "</qt>";
+}
+
+// Lighter than the other rows on any ground, and still readable; many styles draw disabled text too
+// faintly for whole sentences.
+QBrush refusedText() {
+    QColor color = QGuiApplication::palette().color(QPalette::Active, QPalette::Text);
+    color.setAlphaF(0.6F);
+    return color;
 }
 
 bool isSameEntry(const PrinterRecord& a, const PrinterRecord& b) {
@@ -117,6 +128,8 @@ QVariant PrinterTableModel::data(const QModelIndex& index, int role) const {
             return plainToolTip(row.refusal.isEmpty() ? text : row.refusal);
         case Qt::AccessibleDescriptionRole:
             return row.refusal;
+        case Qt::ForegroundRole:
+            return row.refusal.isEmpty() ? QVariant() : refusedText();
         default:
             return {};
     }

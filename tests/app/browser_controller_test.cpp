@@ -123,7 +123,7 @@ TEST_F(Browser, ListsAllSourcesByNameAndInWords) {
     EXPECT_EQ(column(PrinterTableModel::Name),
               QStringList({"alpha", "Bravo <b>", "Charlie", "delta", "echo", "Foxtrot", "Golf"}));
     EXPECT_EQ(column(PrinterTableModel::Connection),
-              QStringList({"Raw port 9101", "Canon BJNP", "AirPort, USB", "USB", "LPD",
+              QStringList({"Raw port 9101", "Canon BJNP", "USB, AirPort", "USB", "LPD",
                            "IPP, shared", ""}));
     EXPECT_EQ(cell(0, PrinterTableModel::Status), "Offline");
     EXPECT_EQ(model().index(1, 0).data(Qt::ToolTipRole), "<qt>Bravo &lt;b&gt;</qt>");
