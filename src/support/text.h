@@ -13,6 +13,11 @@ namespace tintoral {
 // printers write it; a character cut in two by the end of the text is dropped.
 std::string cleanText(std::string_view text);
 
+// As cleanText(), but nothing is dropped, so that two names that differ stay different: a character
+// that could do harm is spelt out ("<U+0007>"), and a byte of a character that is cut off is read
+// as ISO 8859-1 too. For names that identify something.
+std::string spelledOutText(std::string_view text);
+
 // ASCII letters compare without regard to case; all other bytes compare as they are.
 bool equalsIgnoringCase(std::string_view a, std::string_view b);
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix);
