@@ -59,6 +59,14 @@ bool isHarmless(char32_t c) {
     return !control && !separator && !direction && !noCharacter;
 }
 
+bool isHighSurrogate(char32_t c) {
+    return c >= 0xD800 && c < 0xDC00;
+}
+
+bool isLowSurrogate(char32_t c) {
+    return c >= 0xDC00 && c < 0xE000;
+}
+
 void appendUtf8(std::string& out, char32_t c) {
     const auto tail = [&](int shift) { out += static_cast<char>(0x80 | (c >> shift & 0x3F)); };
     if (c < 0x80) {
@@ -112,6 +120,17 @@ std::string spelledOutText(std::string_view text) {
         reader.skip(c.length);
     }
     return spelled;
+}
+
+std::string utf8FromUtf16(std::u16string_view text) {
+    std::string out;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        char32_t c = text[i];
+        if (isHighSurrogate(c) && i + 1 < text.size() && isLowSurrogate(text[i + 1]))
+            c = 0x10000 + ((c & 0x3FF) << 10 | (text[++i] & 0x3FF));
+        if (!isHighSurrogate(c) && !isLowSurrogate(c)) appendUtf8(out, c);
+    }
+    return out;
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {

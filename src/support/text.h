@@ -18,6 +18,9 @@ std::string cleanText(std::string_view text);
 // as ISO 8859-1 too. For names that identify something.
 std::string spelledOutText(std::string_view text);
 
+// A surrogate without its partner is dropped.
+std::string utf8FromUtf16(std::u16string_view text);
+
 // ASCII letters compare without regard to case; all other bytes compare as they are.
 bool equalsIgnoringCase(std::string_view a, std::string_view b);
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix);

@@ -3,9 +3,8 @@
 
 #include <string>
 
+#include "transport/usb/libusb_pointers.h"
 #include "transport/usb/usb_printer_info.h"
-
-struct libusb_device;
 
 namespace tintoral {
 
@@ -14,7 +13,7 @@ namespace tintoral {
 void reportUsbPermission(libusb_device* device);
 
 // The same sentence for a diagnostics report: for the first device of the info's vendor and product
-// ID that may not be opened (any printer when both are 0). Empty when there is none.
+// ID that may not be opened; for any such printer when both IDs are 0. Empty when there is none.
 std::string usbPermissionHint(const USBPrinterInfo& info);
 
 }  // namespace tintoral
