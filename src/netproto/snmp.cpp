@@ -386,7 +386,7 @@ int parseSnmpPacket(Bytes packet, SnmpMessage& message) {
 int snmpSendAndReceive(const std::string& host, Bytes packet, MutableBytes reply) {
     const UniqueFd socket = openUdpSocket();
     if (!socket.valid()) return -1;
-    return udpExchange(socket.get(), host, packet, reply, OnSendFailure::GiveUp);
+    return udpExchange(socket.get(), host, kSnmpService, packet, reply, OnSendFailure::GiveUp);
 }
 
 std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet) {

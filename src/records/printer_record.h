@@ -82,4 +82,11 @@ inline constexpr std::string_view riousbprint = "_riousbprint._tcp.";
 inline constexpr std::string_view bjnp = "_bjnp._udp.";
 }  // namespace service_types
 
+// Makers as "makerName" has them, compared exactly.
+namespace makers {
+inline constexpr std::string_view epson = "EPSON";
+inline constexpr std::string_view canon = "Canon";
+inline constexpr std::string_view hp = "HP";
+}  // namespace makers
+
 }  // namespace tintoral

@@ -13,8 +13,8 @@
 //
 // The reply has 500 ms before anyone looks and is then received in at most nine waits of 500 ms
 // each, of which one that yields nothing ends it; 2048 bytes of it are kept. An exchange so takes 5
-// s at the most; a TCP connection up to 2 s before it, and each of its two sends up to 2 s more when
-// the peer stops reading.
+// s at the most; a TCP connection up to 2 s before it, and each of its two sends up to 2 s more
+// when the peer stops reading.
 #pragma once
 
 #include <cstdint>
@@ -43,5 +43,10 @@ int tcpCanonInquiry(const std::string& host, std::uint16_t port, std::string_vie
 // them. Result: the bytes received, 0 when none came.
 int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_view commandSet,
                    BoundedText& report);
+
+// Status and levels of a reply whose first two bytes are its length, as it comes by every other way
+// than the raw port: "CIR:", or else the warnings of "DWS:", both read behind these two bytes; an
+// XML document is read in the same way. Result: the number of inks, 0 without either.
+int parseCanonReply(Bytes reply, BoundedText& status, InkQuantities& record);
 
 }  // namespace tintoral

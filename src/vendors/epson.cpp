@@ -317,6 +317,10 @@ constexpr std::array kReplyParsers{
 
 }  // namespace
 
+bool epsonSpeaksD4(std::string_view commandSet) {
+    return commandSet.find(epson_commands::d4) != std::string_view::npos;
+}
+
 int epsonVariant(std::string_view commandType) {
     if (commandType == epson_commands::rc0) return 0;
     return commandType == epson_commands::rc1 ? 1 : 2;

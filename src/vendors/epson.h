@@ -30,6 +30,9 @@ inline constexpr std::string_view rc0 = "RC0";
 // 0 for "RC0", 1 for "RC1", 2 for anything else.
 int epsonVariant(std::string_view commandType);
 
+// Whether a command set (the "CMD:" list of the device ID) names the D4 control channel.
+bool epsonSpeaksD4(std::string_view commandSet);
+
 // Maintenance options, as the menus number them.
 inline constexpr int kOptionCleaning = 1;
 inline constexpr int kOptionNozzleCheck = 2;

@@ -3,6 +3,7 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <array>
 #include <cerrno>
 #include <system_error>
 #include <utility>
@@ -11,13 +12,27 @@
 
 namespace tintoral::test {
 
-UdpPeer::UdpPeer(const std::string& address, std::uint16_t port, Script script)
-    : socket_(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)), script_(std::move(script)) {
+namespace {
+
+UniqueFd boundTo(const std::string& address, std::uint16_t port, bool shared) {
+    UniqueFd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
+    const int on = shared ? 1 : 0;
+    ::setsockopt(socket.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     sockaddr_in own{};
     resolveIpv4(address, port, own);
-    if (::bind(socket_.get(), reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0) {
+    if (::bind(socket.get(), reinterpret_cast<const sockaddr*>(&own), sizeof own) != 0) {
         throw std::system_error(errno, std::generic_category(), "UdpPeer: bind");
     }
+    return socket;
+}
+
+}  // namespace
+
+UdpPeer::UdpPeer(const std::string& address, std::uint16_t port, Script script,
+                 const std::string& alsoAt)
+    : socket_(boundTo(address, port, false)),
+      second_(alsoAt.empty() ? UniqueFd() : boundTo(alsoAt, port, true)),
+      script_(std::move(script)) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
@@ -33,18 +48,21 @@ std::vector<Datagram> UdpPeer::requests() const {
 
 void UdpPeer::serve(const std::stop_token& stop) {
     constexpr int kStopCheckMs = 20;
-    pollfd entry{socket_.get(), POLLIN, 0};
+    std::array<pollfd, 2> entries{{{socket_.get(), POLLIN, 0}, {second_.get(), POLLIN, 0}}};
     while (!stop.stop_requested()) {
-        if (::poll(&entry, 1, kStopCheckMs) > 0) answerOne();
+        if (::poll(entries.data(), entries.size(), kStopCheckMs) < 1) continue;
+        for (const pollfd& entry : entries) {
+            if ((entry.revents & POLLIN) != 0) answerOne(entry.fd);
+        }
     }
 }
 
-void UdpPeer::answerOne() {
+void UdpPeer::answerOne(int socket) {
     Datagram request(65536);
     sockaddr_in sender{};
     socklen_t size = sizeof sender;
     auto* const from = reinterpret_cast<sockaddr*>(&sender);
-    const ssize_t count = ::recvfrom(socket_.get(), request.data(), request.size(), 0, from, &size);
+    const ssize_t count = ::recvfrom(socket, request.data(), request.size(), 0, from, &size);
     if (count < 0) return;
     request.resize(static_cast<std::size_t>(count));
     {

@@ -23,8 +23,10 @@ class UdpPeer {
     using Script = std::function<std::optional<Datagram>(Bytes request)>;
 
     // Binds at once, so that no request is lost; throws std::system_error when the address is
-    // taken.
-    UdpPeer(const std::string& address, std::uint16_t port, Script script);
+    // taken. What comes to `alsoAt`, which may be a broadcast address that others hear too, is
+    // answered from `address` as well.
+    UdpPeer(const std::string& address, std::uint16_t port, Script script,
+            const std::string& alsoAt = "");
     ~UdpPeer();
     UdpPeer(const UdpPeer&) = delete;
     UdpPeer& operator=(const UdpPeer&) = delete;
@@ -34,9 +36,10 @@ class UdpPeer {
 
   private:
     void serve(const std::stop_token& stop);
-    void answerOne();
+    void answerOne(int socket);
 
     UniqueFd socket_;
+    UniqueFd second_;
     Script script_;
     mutable std::mutex mutex_;
     std::vector<Datagram> requests_;

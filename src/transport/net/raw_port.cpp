@@ -6,17 +6,14 @@
 
 #include "netproto/record_supplies.h"
 #include "transport/net/sockets.h"
-#include "vendors/canon.h"
 #include "vendors/canon_exchange.h"
 #include "vendors/epson.h"
 #include "vendors/epson_chain.h"
 #include "vendors/epson_exchange.h"
+#include "vendors/maintenance_command.h"
 
 namespace tintoral {
 namespace {
-
-constexpr std::string_view kEpson = "EPSON";
-constexpr std::string_view kCanon = "Canon";
 
 constexpr int kUnreachable = -1;
 constexpr std::size_t kLongestAddress = 64;
@@ -39,8 +36,7 @@ std::optional<Target> targetOf(const PrinterRecord& printer) {
 }
 
 std::string_view firstEpsonCommand(const PrinterRecord& printer) {
-    const bool speaksD4 = printer.text(keys::usbCmd).find("D4") != std::string::npos;
-    return speaksD4 ? epson_commands::d4 : epson_commands::rc0;
+    return epsonSpeaksD4(printer.text(keys::usbCmd)) ? epson_commands::d4 : epson_commands::rc0;
 }
 
 // One inquiry. What it refers to must outlive the link.
@@ -72,14 +68,6 @@ int canonInkStatus(const PrinterRecord& printer, const Target& target, InkQuanti
                            printer.text(keys::usbCmd), status, record, nullptr);
 }
 
-std::size_t maintenanceCommand(const PrinterRecord& printer, int option, MutableBytes buffer) {
-    const std::string maker = printer.text(keys::makerName);
-    if (maker == kEpson) {
-        return mkEpsonNozzleOption(buffer, printer.text(keys::modelName), option);
-    }
-    return maker == kCanon ? mkCanonNozzleOption(buffer, option) : 0;
-}
-
 }  // namespace
 
 int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
@@ -87,8 +75,8 @@ int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedT
     const auto target = targetOf(printer);
     if (!target) return kUnreachable;
     const std::string maker = printer.text(keys::makerName);
-    if (maker == kEpson) return epsonInkStatus(printer, *target, record, status);
-    if (maker == kCanon) return canonInkStatus(printer, *target, record, status);
+    if (maker == makers::epson) return epsonInkStatus(printer, *target, record, status);
+    if (maker == makers::canon) return canonInkStatus(printer, *target, record, status);
     return inkStatusOfRecordByPMib(printer, target->host, record, status);
 }
 
@@ -106,8 +94,9 @@ void port9100NozzleOptions(const PrinterRecord& printer, int option) {
     if (isInactive(printer)) return;
     const auto target = targetOf(printer);
     if (!target) return;
-    std::array<std::uint8_t, 256> command{};
-    const std::size_t size = maintenanceCommand(printer, option, command);
+    std::array<std::uint8_t, kMaintenanceCommandRoom> command{};
+    const std::size_t size = mkMaintenanceCommand(command, printer.text(keys::makerName),
+                                                  printer.text(keys::modelName), option);
     if (size > 0) tcpSend(target->host, target->port, Bytes(command).first(size));
 }
 

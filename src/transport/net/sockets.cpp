@@ -29,9 +29,7 @@ using Steady = std::chrono::steady_clock;
 
 constexpr milliseconds kConnectTimeout{2000};
 constexpr milliseconds kSendTimeout{2000};
-constexpr milliseconds kUdpTimeout{100};
 constexpr int kUdpAttempts = 2;
-constexpr std::uint16_t kSnmpPort = 161;
 
 using AddressList = std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)>;
 using InterfaceList = std::unique_ptr<ifaddrs, decltype(&::freeifaddrs)>;
@@ -117,10 +115,15 @@ AddressList lookUp(const std::string& host, const char* service, const addrinfo&
     return {found, &::freeaddrinfo};
 }
 
+UniqueFd withoutUdpSocket() {
+    std::perror("Client:socket");
+    return {};
+}
+
 // No peer: the host's name did not resolve.
-bool sendDatagram(int socket, Bytes request, const std::optional<sockaddr_in>& peer) {
+bool sendDatagram(int socket, Bytes datagram, const std::optional<sockaddr_in>& peer) {
     errno = EHOSTUNREACH;
-    const bool sent = peer && ::sendto(socket, request.data(), request.size(), MSG_NOSIGNAL,
+    const bool sent = peer && ::sendto(socket, datagram.data(), datagram.size(), MSG_NOSIGNAL,
                                        generic(*peer), sizeof *peer) >= 0;
     if (!sent) std::perror("Client: sendto");
     return sent;
@@ -239,6 +242,20 @@ int waitRecv(int socket, MutableBytes buffer, milliseconds timeout) {
     return count;
 }
 
+int receiveAll(int socket, MutableBytes buffer, milliseconds timeout) {
+    const auto deadline = Steady::now() + timeout;
+    std::size_t received = 0;
+    int result = 0;
+    while (received < buffer.size()) {
+        result = waitFor(socket, POLLIN, milliseconds(remainingMs(deadline)));
+        if (result < 1) break;
+        result = receiveOnce(socket, buffer.subspan(received));
+        if (result < 1) return received > 0 ? static_cast<int>(received) : -1;
+        received += static_cast<std::size_t>(result);
+    }
+    return received > 0 ? static_cast<int>(received) : result;
+}
+
 int waitSend(int socket, Bytes bytes) {
     std::size_t left = bytes.size();
     ssize_t written = 0;
@@ -254,29 +271,63 @@ std::uint32_t Getmtime() {
     return static_cast<std::uint32_t>(currentTime().time_since_epoch().count());
 }
 
-int udpExchange(int socket, const std::string& host, Bytes request, MutableBytes reply,
-                OnSendFailure onSendFailure) {
+std::string dottedText(const Ipv4Address& address) {
+    std::array<char, INET_ADDRSTRLEN> text{};
+    ::inet_ntop(AF_INET, address.data(), text.data(), text.size());
+    return text.data();
+}
+
+std::optional<Ipv4Address> ipv4FromDotted(const std::string& text) {
+    Ipv4Address address{};
+    if (::inet_pton(AF_INET, text.c_str(), address.data()) != 1) return std::nullopt;
+    return address;
+}
+
+int udpExchange(int socket, const std::string& host, const UdpService& service, Bytes request,
+                MutableBytes reply, OnSendFailure onSendFailure) {
     std::optional<sockaddr_in> peer(std::in_place);
-    if (!resolveIpv4(host, kSnmpPort, *peer)) peer.reset();
+    if (!resolveIpv4(host, service.port, *peer)) peer.reset();
+    // A connected datagram socket hears its peer alone.
+    if (peer && service.onlyFromHost) ::connect(socket, generic(*peer), sizeof *peer);
     for (int attempt = 0; attempt < kUdpAttempts; ++attempt) {
         const bool sent = sendDatagram(socket, request, peer);
         if (!sent && onSendFailure == OnSendFailure::GiveUp) return -1;
         std::ranges::fill(reply, std::uint8_t{0});
-        if (const int count = SelectRecv(socket, reply, kUdpTimeout); count > 0) return count;
+        if (const int count = SelectRecv(socket, reply, service.wait); count > 0) return count;
     }
     return 0;
 }
 
 UniqueFd openUdpSocket() {
     UniqueFd socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-    if (!socket.valid()) std::perror("Client:socket");
-    return socket;
+    return socket.valid() ? std::move(socket) : withoutUdpSocket();
 }
 
-int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply) {
+int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply,
+                   const UdpService& service) {
     const UniqueFd socket = openUdpSocket();
     if (!socket.valid()) std::exit(1);
-    return udpExchange(socket.get(), host, request, reply, OnSendFailure::KeepTrying);
+    return udpExchange(socket.get(), host, service, request, reply, OnSendFailure::KeepTrying);
+}
+
+UniqueFd openBroadcastSocket() {
+    UniqueFd socket = openUdpSocket();
+    if (!socket.valid()) return socket;
+    const int on = 1;
+    sockaddr_in any{};
+    any.sin_family = AF_INET;
+    const bool prepared =
+        ::setsockopt(socket.get(), SOL_SOCKET, SO_BROADCAST, &on, sizeof on) == 0 &&
+        ::bind(socket.get(), generic(any), sizeof any) == 0;
+    return prepared ? std::move(socket) : withoutUdpSocket();
+}
+
+bool sendDatagramTo(int socket, const Ipv4Address& address, std::uint16_t port, Bytes datagram) {
+    sockaddr_in peer{};
+    peer.sin_family = AF_INET;
+    peer.sin_port = htons(port);
+    std::memcpy(&peer.sin_addr, address.data(), address.size());
+    return sendDatagram(socket, datagram, peer);
 }
 
 int Url2host_port_location(std::string_view url, UrlParts& parts) {

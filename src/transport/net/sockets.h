@@ -10,6 +10,7 @@
 #include <array>
 #include <chrono>
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -44,6 +45,10 @@ int SelectCheck(int socket, std::chrono::milliseconds timeout);
 // or failed before anything came.
 int waitRecv(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
 
+// Reads until the buffer is full. Result: bytes read, fewer than that when the time is up or the
+// peer closes; 0 when none came in time, -1 when the peer closed or failed before anything came.
+int receiveAll(int socket, MutableBytes buffer, std::chrono::milliseconds timeout);
+
 // Writes until all is written or a write fails. After a partial write the next one starts again at
 // the first byte, as meant. Result: that of the last write. A peer that is gone gives -1 and never
 // a signal.
@@ -52,10 +57,28 @@ int waitSend(int socket, Bytes bytes);
 // Wall-clock milliseconds, cut to 32 bits.
 std::uint32_t Getmtime();
 
-// One UDP exchange with port 161 of `host`: two attempts of 100 ms each. Result: the bytes of the
-// reply, 0 when none came. A send failure is reported ("Client: sendto") and counts as a silent
-// attempt. Ends the process with status 1 when no socket can be made ("Client:socket").
-int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply);
+using Ipv4Address = std::array<std::uint8_t, 4>;
+using MacAddress = std::array<std::uint8_t, 6>;
+
+// The address as "10.0.0.1", and back: nothing for any other text.
+std::string dottedText(const Ipv4Address& address);
+std::optional<Ipv4Address> ipv4FromDotted(const std::string& text);
+
+// A protocol of questions and answers over UDP.
+struct UdpService {
+    std::uint16_t port;
+    std::chrono::milliseconds wait;  // for the answer, in each attempt
+    // What anyone but the asked host sends from that port is not heard; a host without the service
+    // ends an attempt at once.
+    bool onlyFromHost;
+};
+inline constexpr UdpService kSnmpService{161, std::chrono::milliseconds(100), false};
+
+// One UDP exchange with `host`: two attempts. Result: the bytes of the reply, 0 when none came. A
+// send failure is reported ("Client: sendto") and counts as a silent attempt. Ends the process with
+// status 1 when no socket can be made ("Client:socket").
+int sendAndReceive(const std::string& host, Bytes request, MutableBytes reply,
+                   const UdpService& service = kSnmpService);
 
 // What udpExchange() does when a datagram cannot be sent: wait as if it had been, or return -1 at
 // once.
@@ -65,12 +88,19 @@ enum class OnSendFailure { KeepTrying, GiveUp };
 // error.
 UniqueFd openUdpSocket();
 
-// The exchange itself: up to two times, sends the request to port 161 of `host` ("Client: sendto"
-// on standard error when that fails), clears `reply` and waits 100 ms. Result: the bytes of the
+// The exchange itself: up to two times, sends the request to the service at `host` ("Client:
+// sendto" on standard error when that fails), clears `reply` and waits. Result: the bytes of the
 // reply (a longer datagram is cut to the buffer), 0 after two silent attempts, -1 when a send
 // failed and `onSendFailure` is GiveUp.
-int udpExchange(int socket, const std::string& host, Bytes request, MutableBytes reply,
-                OnSendFailure onSendFailure);
+int udpExchange(int socket, const std::string& host, const UdpService& service, Bytes request,
+                MutableBytes reply, OnSendFailure onSendFailure);
+
+// A datagram socket of any local address and port that may broadcast; an invalid one after
+// "Client:socket" on standard error when any of that fails.
+UniqueFd openBroadcastSocket();
+
+// Sends one datagram; false after "Client: sendto" on standard error.
+bool sendDatagramTo(int socket, const Ipv4Address& address, std::uint16_t port, Bytes datagram);
 
 // A URL's parts.
 struct UrlParts {
@@ -83,9 +113,6 @@ struct UrlParts {
 // to the port that the URL names (0 for one that is no port number); `host` is left alone when the
 // URL names none. Result: 1, or 0 when there is no "//" (host and location are left alone then).
 int Url2host_port_location(std::string_view url, UrlParts& parts);
-
-using Ipv4Address = std::array<std::uint8_t, 4>;
-using MacAddress = std::array<std::uint8_t, 6>;
 
 // The first IPv4 interface that is not 127.0.0.1: its name, address and netmask, most significant
 // byte first. Nothing is written when there is none. Result: 0.
