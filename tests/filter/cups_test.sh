@@ -31,9 +31,8 @@ within_10_seconds() {
     return 1
 }
 
-write_configuration() {
-    mkdir -p /run/cups "$base"/bin/{backend,filter} "$base"/{etc/ppd,cache,state/certs,spool/temp,kept}
-    for folder in daemon notifier cgi-bin monitor driver; do ln -s /usr/lib/cups/$folder "$base/bin/$folder"; done
+add_programs() {
+    mkdir -p "$base"/bin/{backend,filter} "$base/kept"
     ln -s "$tintoral" "$base/bin/filter/tintoral"
     ln -s "$known_printer_filter" "$base/bin/filter/known_printer"
     cat > "$base/bin/backend/keep" <<BACKEND
@@ -42,40 +41,6 @@ write_configuration() {
 cat > "$base/kept/\${DEVICE_URI#keep:/}"
 BACKEND
     chmod 755 "$base/bin/backend/keep"
-    cat > "$base/etc/cups-files.conf" <<FILES
-ServerRoot $base/etc
-ServerBin $base/bin
-DataDir /usr/share/cups
-DocumentRoot /usr/share/cups/doc-root
-CacheDir $base/cache
-StateDir $base/state
-RequestRoot $base/spool
-TempDir $base/spool/temp
-AccessLog $base/access_log
-ErrorLog $log
-PageLog $base/page_log
-SystemGroup root
-User $(id -un)
-FILES
-    cat > "$base/etc/cupsd.conf" <<DAEMON
-ServerName localhost
-Listen 127.0.0.1:631
-Browsing Off
-WebInterface No
-DefaultAuthType None
-LogLevel debug
-IdleExitTimeout 0
-PreserveJobHistory Yes
-<Location />
-  Order allow,deny
-  Allow localhost
-</Location>
-<Policy default>
-  <Limit All>
-    Order deny,allow
-  </Limit>
-</Policy>
-DAEMON
 }
 
 write_ppd() {  # FILTER
@@ -125,8 +90,8 @@ run_job() {  # FILTER; sets job
 read_markers() { ipptool -tv "ipp://127.0.0.1/printers/$1" "$here/markers.test" > "$base/markers"; }
 queue_says() { grep -qF "$1" "$base/markers"; }
 
-write_configuration
-cupsd -f -c "$base/etc/cupsd.conf" -s "$base/etc/cups-files.conf" &
+add_programs
+"$here/../support/cups/start_server.sh" "$base" &
 cupsd=$!
 trap 'kill $cupsd 2>/dev/null; wait $cupsd 2>/dev/null; rm -rf "$base"' EXIT
 check "cupsd is up" within_10_seconds eval 'lpstat -r >/dev/null 2>&1'

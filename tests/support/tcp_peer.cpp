@@ -50,19 +50,29 @@ void resetOnClose(int socket) {
 
 }  // namespace
 
-TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
-                 TcpManners manners)
-    : socket_(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0)),
-      script_(std::move(script)),
-      manners_(manners) {
+UniqueFd listenOn(const std::string& address, std::uint16_t port) {
     constexpr int kQueue = 8;
     const int on = 1;
-    ::setsockopt(socket_.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
+    UniqueFd listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    ::setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
     sockaddr_in own{};
     resolveIpv4(address, port, own);
     const auto* const name = reinterpret_cast<const sockaddr*>(&own);
-    if (::bind(socket_.get(), name, sizeof own) != 0) fail("TcpPeer: bind");
-    if (::listen(socket_.get(), kQueue) != 0) fail("TcpPeer: listen");
+    if (::bind(listener.get(), name, sizeof own) != 0) fail("listenOn: bind");
+    if (::listen(listener.get(), kQueue) != 0) fail("listenOn: listen");
+    return listener;
+}
+
+UniqueFd acceptClient(int listener) {
+    if (!readable(listener)) return {};
+    UniqueFd client(::accept4(listener, nullptr, nullptr, SOCK_CLOEXEC));
+    if (client.valid()) boundSends(client.get());
+    return client;
+}
+
+TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
+                 TcpManners manners)
+    : socket_(listenOn(address, port)), script_(std::move(script)), manners_(manners) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
@@ -95,8 +105,7 @@ bool TcpPeer::waitForClients(int count, milliseconds timeout) {
 
 void TcpPeer::serve(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
-        if (!readable(socket_.get())) continue;
-        UniqueFd client(::accept4(socket_.get(), nullptr, nullptr, SOCK_CLOEXEC));
+        UniqueFd client = acceptClient(socket_.get());
         if (!client.valid()) continue;
         serveClient(stop, std::move(client));
         const std::lock_guard lock(mutex_);
@@ -105,7 +114,6 @@ void TcpPeer::serve(const std::stop_token& stop) {
 }
 
 void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
-    boundSends(client.get());
     script_.opened();
     if (!say(stop, client.get(), script_.greeting)) return;
     std::array<std::uint8_t, 4096> buffer{};

@@ -33,6 +33,12 @@ struct TcpManners {
     bool resets = false;                    // breaks the connection on the first byte
 };
 
+// A socket that listens; throws std::system_error when the address is taken.
+UniqueFd listenOn(const std::string& address, std::uint16_t port);
+
+// The next client, or an invalid descriptor when none came within 10 ms.
+UniqueFd acceptClient(int listener);
+
 class TcpPeer {
   public:
     // Listens at once; throws std::system_error when the address is taken. A client that is silent

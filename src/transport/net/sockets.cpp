@@ -381,6 +381,18 @@ int gethostnameFromSock(const sockaddr_in& address, BoundedText& name) {
     return static_cast<int>(name.size());
 }
 
+int peerAddressOfSock(int socket, BoundedText& address) {
+    sockaddr_in peer{};
+    socklen_t size = sizeof peer;
+    std::array<char, INET_ADDRSTRLEN> dotted{};
+    const int known = ::getpeername(socket, reinterpret_cast<sockaddr*>(&peer), &size);
+    if (known == 0 && peer.sin_family == AF_INET) {
+        ::inet_ntop(AF_INET, &peer.sin_addr, dotted.data(), dotted.size());
+    }
+    address.assign(dotted.data());
+    return static_cast<int>(address.size());
+}
+
 int my_ntoa(BoundedText& text, const sockaddr_in6& address) {
     text.clear();
     for (const std::uint8_t byte : address.sin6_addr.s6_addr) {
@@ -391,6 +403,21 @@ int my_ntoa(BoundedText& text, const sockaddr_in6& address) {
 
 int sendOnce(int socket, Bytes bytes) {
     return static_cast<int>(::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL));
+}
+
+int sendAll(int socket, Bytes bytes, milliseconds timeout) {
+    const auto deadline = Steady::now() + timeout;
+    while (!bytes.empty()) {
+        const milliseconds left(remainingMs(deadline));
+        const int ready = waitFor(socket, POLLOUT, std::min(left, kSendTimeout));
+        if (ready == 0) errno = ETIMEDOUT;
+        if (ready <= 0) return -1;
+        const ssize_t sent =
+            ::send(socket, bytes.data(), bytes.size(), MSG_NOSIGNAL | MSG_DONTWAIT);
+        if (sent < 0 && errno != EAGAIN) return -1;
+        if (sent > 0) bytes = bytes.subspan(static_cast<std::size_t>(sent));
+    }
+    return 0;
 }
 
 int tcpSend(const std::string& host, std::uint16_t port, Bytes bytes) {

@@ -129,6 +129,10 @@ int GetMacAddress(const void* ignored, std::string_view text);
 // the name's length.
 int gethostnameFromSock(const sockaddr_in& address, BoundedText& name);
 
+// The dotted address of the IPv4 peer of a connected socket; empty when there is none. Result: the
+// text's length.
+int peerAddressOfSock(int socket, BoundedText& address);
+
 // The sixteen bytes of an IPv6 socket address in hex, one number a byte, without padding, colons
 // between. Result: 0.
 int my_ntoa(BoundedText& text, const sockaddr_in6& address);
@@ -136,6 +140,11 @@ int my_ntoa(BoundedText& text, const sockaddr_in6& address);
 // One send. Result: bytes sent, which may be fewer; -1 on failure. A peer that is gone gives -1 and
 // never a signal.
 int sendOnce(int socket, Bytes bytes);
+
+// Sends all the bytes, each partial send followed by one of the rest. Waits up to 2 s for the peer
+// to take more, and up to `timeout` in all. Result: 0, or -1 with errno set. A peer that is gone
+// gives -1 and never a signal.
+int sendAll(int socket, Bytes bytes, std::chrono::milliseconds timeout);
 
 // Opens a connection, sends the bytes in one send and closes. Result: bytes sent, or -1 ("tcpSend:
 // send " on standard error when the send failed).
