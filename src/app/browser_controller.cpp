@@ -50,8 +50,9 @@ bool isRawPort91(const PrinterRecord& printer) {
 // A withdrawn service, or one that says by port 0 that nothing listens (RFC 6763), would only cost
 // its time-out.
 bool canBeProbed(const PrinterRecord& printer) {
-    return printer.text(keys::serviceType) == "_ipp._tcp." && printer.contains(keys::ippURL) &&
-           printer.text(keys::active) != kNo && printer.integer(keys::port) != 0;
+    return printer.text(keys::serviceType) == service_types::ipp &&
+           printer.contains(keys::ippURL) && printer.text(keys::active) != kNo &&
+           printer.integer(keys::port) != 0;
 }
 
 }  // namespace
