@@ -8,7 +8,6 @@
 #include "app/add_by_address_dialog.h"
 #include "app/notification_center.h"
 #include "app/wait_cursor.h"
-#include "monitor/record_rules.h"
 #include "support/text.h"
 #include "ui_PrinterBrowser.h"
 
@@ -297,7 +296,7 @@ PrinterRecordPtr BrowserController::selectedPrinter() const {
 void BrowserController::selectRowOf(const PrinterRecordPtr& printer) {
     const int row = model_.rowOf(printer);
     const QModelIndex index = printerTable2_.mapFromSource(model_.index(row, 0));
-    if (!index.isValid() || !refusalToSelect(*model_.record(row)).empty()) return;
+    if (!index.isValid()) return;
     // The person may have scrolled elsewhere.
     ui_->printerTableView->setAutoScroll(false);
     ui_->printerTableView->selectRow(index.row());

@@ -187,6 +187,10 @@ TEST_F(Browser, AQueueThatAnswersWithLevelsCanBeChosen) {
     EXPECT_EQ(cell(1, PrinterTableModel::Status), "Idle");
     click(1);
     EXPECT_TRUE(canSelect());
+    bonjour_[1]->set(keys::serverType, "Mac");  // announced anew
+    bonjour_[1]->remove(keys::inkDict);
+    found(bonjour_[1]);
+    EXPECT_TRUE(QTest::qWaitFor([this] { return !canSelect(); }));
 }
 
 TEST_F(Browser, ProbingIsBoundedAndEndsWithTheWindow) {
