@@ -3,6 +3,7 @@
 #include <array>
 
 #include "transport/net/raw_port.h"
+#include "transport/usb/usb_ink_status.h"
 
 namespace tintoral {
 namespace {
@@ -96,6 +97,7 @@ void sendMaintenance(const PrinterRecord& printer, int option) {
     const std::string serverType = printer.text(keys::serverType);
     const bool networked =
         serverType == server_types::airPort || serverType == server_types::network;
+    if (serverType == server_types::usb) usbNozzleOptions(printer, option);
     if (networked && printer.text(keys::kind).starts_with("por"))
         port9100NozzleOptions(printer, option);
 }

@@ -3,10 +3,12 @@
 #include <array>
 #include <string>
 
+#include "netproto/record_ipp.h"
 #include "netproto/record_supplies.h"
 #include "records/ink_dict.h"
 #include "support/text.h"
 #include "transport/net/raw_port.h"
+#include "transport/usb/usb_ink_status.h"
 #include "vendors/hp.h"
 
 namespace tintoral {
@@ -44,13 +46,13 @@ int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& 
                 : port9100GetInkStatus(printer, inks, status);
 }
 
-// USB, base stations, BJNP and IPP queues: no printer is reached these ways in this version.
+// Base stations and BJNP: no printer is reached these ways in this version.
 int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) {
     return kUnreachable;
 }
 
 constexpr std::array kDispatchTable{
-    DispatchRow{server_types::usb, "", false, notReachedYet},
+    DispatchRow{server_types::usb, "", false, USBGetInkStatus},
     DispatchRow{server_types::airPort, "rio", true, notReachedYet},
     DispatchRow{server_types::airPort, "por", true, askAirPortRawPort},
     DispatchRow{server_types::airPort, "lpd", true, askAirPortLpd},
@@ -61,8 +63,8 @@ constexpr std::array kDispatchTable{
     DispatchRow{server_types::network, "bjn", false, notReachedYet},
     DispatchRow{server_types::network, "lpd", false, askPrinterMib},
     DispatchRow{server_types::network, "ipp", false, askPrinterMib},
-    DispatchRow{server_types::macCups14, "", true, notReachedYet},
-    DispatchRow{server_types::macCups15, "", true, notReachedYet},
+    DispatchRow{server_types::macCups14, "", true, inkStatusOfRecordByIpp},
+    DispatchRow{server_types::macCups15, "", true, inkStatusOfRecordByIpp},
 };
 
 void keepReading(PrinterRecord& printer, const InkQuantities& inks, const BoundedText& status) {

@@ -37,9 +37,8 @@ void writeHeader(ByteWriter& packet, const Header& header) {
     packet.be16(header.sequence).be16(header.session).be32(header.payloadLength);
 }
 
-template <std::size_t N>
-void copyTo(std::array<std::uint8_t, N>& target, ByteReader& reader) {
-    std::ranges::copy(reader.take(N), target.begin());
+void readInto(MutableBytes target, ByteReader& reader) {
+    for (std::uint8_t& byte : target) byte = reader.u8();
 }
 
 // Cleaning may lengthen a text, and cutting may end it inside a character.
@@ -102,8 +101,8 @@ std::optional<BjnpPrinter> bjnpDiscoveredPrinter(Bytes packet) {
     ByteReader reader(answer->payload);
     reader.skip(kMacOffset - kHeaderSize);
     BjnpPrinter printer;
-    copyTo(printer.mac, reader);
-    copyTo(printer.address, reader);
+    readInto(printer.mac, reader);
+    readInto(printer.address, reader);
     if (reader.failed()) return std::nullopt;
     return printer;
 }

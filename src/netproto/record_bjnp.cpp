@@ -3,7 +3,7 @@
 #include <string>
 
 #include "netproto/bjnp.h"
-#include "vendors/canon_exchange.h"
+#include "vendors/canon_reply.h"
 
 namespace tintoral {
 namespace {

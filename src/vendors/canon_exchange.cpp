@@ -82,13 +82,11 @@ Bytes receiveReply(const IoHandle& handle, std::string_view commandSet, Reply& s
     return reply;
 }
 
-Bytes withoutLength(Bytes reply) {
-    return reply.subspan(std::min(kLengthPrefix, reply.size()));
-}
-
 int parseReply(Bytes reply, BoundedText& status, InkQuantities& record) {
     const int inks = parseCIR(reply, status, record);
-    return inks > 0 ? inks : parseDWS(textBeforeNul(withoutLength(reply)), record);
+    if (inks > 0) return inks;
+    const Bytes fields = reply.subspan(std::min(kLengthPrefix, reply.size()));
+    return parseDWS(textBeforeNul(fields), record);
 }
 
 }  // namespace
@@ -124,12 +122,6 @@ int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_v
     InkQuantities record;
     sdumpInkQuantities(report, parseReply(reply, status, record), record);
     return received;
-}
-
-int parseCanonReply(Bytes reply, BoundedText& status, InkQuantities& record) {
-    const Bytes fields = withoutLength(reply);
-    const int inks = parseCIR(fields, status, record);
-    return inks > 0 ? inks : parseDWS(textBeforeNul(fields), record);
 }
 
 }  // namespace tintoral

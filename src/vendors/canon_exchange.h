@@ -44,9 +44,4 @@ int tcpCanonInquiry(const std::string& host, std::uint16_t port, std::string_vie
 int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_view commandSet,
                    BoundedText& report);
 
-// Status and levels of a reply whose first two bytes are its length, as it comes by every other way
-// than the raw port: "CIR:", or else the warnings of "DWS:", both read behind these two bytes; an
-// XML document is read in the same way. Result: the number of inks, 0 without either.
-int parseCanonReply(Bytes reply, BoundedText& status, InkQuantities& record);
-
 }  // namespace tintoral

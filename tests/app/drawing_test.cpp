@@ -198,7 +198,7 @@ TEST(DockIcon, SharesTheHeightAmongTheBars) {
     for (const auto& [inks, pitch, height] :
          {std::tuple(0, 0, 0), {1, 30, 18}, {4, 27, 16}, {12, 9, 5}, {20, 5, 3}}) {
         std::string bars(128, ' ');
-        for (int i = 0; i < inks; ++i) std::fill_n(bars.begin() + 20 + i * pitch, height, '#');
+        for (long i = 0; i < inks; ++i) std::fill_n(bars.begin() + 20 + i * pitch, height, '#');
         const Dictionary inkDict = readingOf(static_cast<std::size_t>(inks));
         EXPECT_EQ(Icon(&inkDict, {}).bars(), bars) << inks;
     }

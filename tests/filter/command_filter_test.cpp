@@ -158,10 +158,11 @@ TEST_F(CommandFilterTest, ReportsNothingWithoutAReply) {
          },
          0},
     };
-    for (const auto& [query, result] : cases)
+    for (const auto& [query, result] : cases) {
         EXPECT_EQ(
             ReportLevels(&printer, "USB:EPSON x", {printer_.file(), attributes_.file(), query}),
             result);
+    }
     EXPECT_EQ(ReportLevels(nullptr, "USB: ", {printer_.file(), attributes_.file(), threeInks}), -1);
     std::fflush(attributes_.file());
     EXPECT_EQ(attributes_.take() + printer_.take(), "");

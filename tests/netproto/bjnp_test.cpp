@@ -3,10 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <iterator>
 
 #include "netproto/record_bjnp.h"
 #include "support/byte_streams.h"
+#include "support/measure.h"
 #include "support/virtual_bjnp_printer.h"
 
 namespace tintoral {
@@ -16,6 +16,8 @@ using namespace std::chrono_literals;
 using test::BjnpSetup;
 using test::Datagram;
 using test::hexOf;
+using test::levelsOf;
+using test::timed;
 using test::VirtualBjnpPrinter;
 
 constexpr const char* kFirst = "10.77.0.11";
@@ -23,21 +25,10 @@ constexpr const char* kSecond = "10.77.0.12";
 constexpr const char* kNobody = "10.77.0.99";
 constexpr const char* kEveryone = "10.77.0.255";
 
-std::chrono::steady_clock::duration timed(const std::function<void()>& call) {
-    const auto start = std::chrono::steady_clock::now();
-    call();
-    return std::chrono::steady_clock::now() - start;
-}
-
 struct Query {
     explicit Query(const char* address) {
         PrinterRecord printer{{std::string(keys::ipAdrs), address}};
         result = inkStatusOfRecordByBjnp(printer, ink, status);
-    }
-    std::vector<int> levels() const {
-        std::vector<int> all;
-        for (std::size_t i = 0; i < ink.usableCount(); ++i) all.push_back(ink.entries.at(i).level);
-        return all;
     }
 
     InkQuantities ink;
@@ -73,20 +64,18 @@ TEST(Bjnp, DiscoveryListsEachPrinterOnceAndNamesIt) {
     EXPECT_EQ(printers[1].model.view(), "MP640");
     EXPECT_EQ(printers[1].commandSet.view(), std::string(63, 'c')) << "no half character";
 
-    const std::string discover = "424A4E50010100000000000000000000";
-    const std::string deviceID = "424A4E5001300000000000000000000400000000";
-    std::vector<std::string> heard;
-    std::ranges::transform(chatty.requests(), std::back_inserter(heard), hexOf);
-    EXPECT_EQ(heard, (std::vector{discover, discover, discover, deviceID}));
+    const auto heard = chatty.requests();
+    ASSERT_EQ(heard.size(), 4U);
+    for (std::size_t round = 0; round < 3; ++round)
+        EXPECT_EQ(hexOf(heard[round]), "424A4E50010100000000000000000000");
+    EXPECT_EQ(hexOf(heard[3]), "424A4E5001300000000000000000000400000000");
 }
 
 TEST(Bjnp, APrinterIsKnownByItsAddressAndFourBytesOfItsMac) {
-    const BjnpPrinter known{{1, 2, 3, 4, 5, 6}, {10, 0, 0, 1}, {}, {}};
-    const std::span list(&known, 1);
-    EXPECT_EQ(isBJNPPrinter(list, {10, 0, 0, 1}, {1, 2, 3, 4, 9, 9}), 0);
-    EXPECT_EQ(isBJNPPrinter(list, {10, 0, 0, 1}, {1, 2, 3, 9, 5, 6}), 1);
-    EXPECT_EQ(isBJNPPrinter(list, {10, 0, 0, 2}, known.mac), 1);
-    EXPECT_EQ(isBJNPPrinter({}, known.address, known.mac), 1);
+    const std::vector<BjnpPrinter> known{{{1, 2, 3, 4, 5, 6}, {10, 0, 0, 1}, {}, {}}};
+    EXPECT_EQ(isBJNPPrinter(known, {10, 0, 0, 1}, {1, 2, 3, 4, 9, 9}), 0);
+    EXPECT_EQ(isBJNPPrinter(known, {10, 0, 0, 1}, {1, 2, 3, 9, 5, 6}), 1);
+    EXPECT_EQ(isBJNPPrinter(known, {10, 0, 0, 2}, {1, 2, 3, 4, 5, 6}), 1);
 }
 
 TEST(Bjnp, StatusIsAskedInASessionByteForByte) {
@@ -94,11 +83,11 @@ TEST(Bjnp, StatusIsAskedInASessionByteForByte) {
     const VirtualBjnpPrinter second(kSecond, {.status = "BST:04;DWS:1541,1511;"});
     const Query levels(kFirst);
     EXPECT_EQ(levels.result, 5);
-    EXPECT_EQ(levels.levels(), (std::vector{75, 40, 62, 0, 18}));
+    EXPECT_EQ(levelsOf(levels.ink), (std::vector{75, 40, 62, 0, 18}));
     EXPECT_EQ(levels.status.view(), "Idle");
     const Query warnings(kSecond);
     EXPECT_EQ(warnings.result, 2);
-    EXPECT_EQ(warnings.levels().size(), 2U);
+    EXPECT_EQ(levelsOf(warnings.ink), (std::vector{20, 20}));
     EXPECT_EQ(warnings.status.view(), "Ink low");
     EXPECT_TRUE(first.openSessions().empty() && second.openSessions().empty());
 
@@ -109,18 +98,18 @@ TEST(Bjnp, StatusIsAskedInASessionByteForByte) {
         EXPECT_EQ(sequenceOf(heard[i]), start + i);
         EXPECT_EQ(sequenceOf(second.requests()[i]), start + 3 + i) << "one counter for all";
     }
-    std::vector<std::string> packets;
-    std::ranges::transform(heard, std::back_inserter(packets), [](Datagram packet) {
+    const auto hexWithoutSequence = [](Datagram packet) {
         packet[8] = packet[9] = 0;
         return hexOf(packet);
-    });
+    };
     const std::string host = "00310030002E00370037002E0030002E00310031";  // 10.77.0.11
     const std::string user = "00540069006E0074006F00720061006C";          // Tintoral
-    EXPECT_EQ(packets[0], "424A4E50011000000000000000000198" + std::string(16, '0') + host +
-                              std::string(128 - host.size(), '0') + user +
-                              std::string(128 - user.size() + 512, '0'));
-    EXPECT_EQ(packets[1], "424A4E50012000000000FFFE00000000");
-    EXPECT_EQ(packets[2], "424A4E50011100000000FFFE00000000");
+    EXPECT_EQ(hexWithoutSequence(heard[0]), "424A4E50011000000000000000000198" +
+                                                std::string(16, '0') + host +
+                                                std::string(128 - host.size(), '0') + user +
+                                                std::string(128 - user.size() + 512, '0'));
+    EXPECT_EQ(hexWithoutSequence(heard[1]), "424A4E50012000000000FFFE00000000");
+    EXPECT_EQ(hexWithoutSequence(heard[2]), "424A4E50011100000000FFFE00000000");
 }
 
 TEST(Bjnp, AddressTextRunsIntoTheUserNameWhichGoesOverIt) {

@@ -1,14 +1,8 @@
-// The HTTP client against a real nginx, which runs as the tester under a folder of the test's own.
+// The HTTP client against a real nginx.
 #include <gtest/gtest.h>
-#include <sys/wait.h>
-#include <unistd.h>
-
-#include <csignal>
 
 #include "netproto/http.h"
-#include "support/clock.h"
-#include "support/temporary_folder.h"
-#include "transport/net/sockets.h"
+#include "support/nginx_server.h"
 
 namespace tintoral {
 namespace {
@@ -17,60 +11,12 @@ using std::chrono::milliseconds;
 
 constexpr std::uint16_t kPort = 8088;
 
-// SSI is what makes nginx send a file in chunks.
-constexpr const char* kConfiguration = R"(
-daemon off; master_process off; pid nginx.pid; error_log stderr crit;
-events { worker_connections 16; }
-http {
-    access_log off; keepalive_timeout 60;
-    client_body_temp_path body; proxy_temp_path proxy; fastcgi_temp_path fastcgi;
-    uwsgi_temp_path uwsgi; scgi_temp_path scgi;
-    server {
-        listen 127.0.0.1:8088; root .;
-        location /chunked { ssi on; ssi_types *; }
-        location /private { auth_basic "Tintoral"; auth_basic_user_file users; }
-        location /post { return 202 "taken"; }
-    }
-}
+// Server-side includes are what makes nginx send a file in chunks.
+constexpr const char* kLocations = R"(
+    location /chunked { ssi on; ssi_types *; }
+    location /private { auth_basic "Tintoral"; auth_basic_user_file users; }
+    location /post { return 202 "taken"; }
 )";
-
-class Nginx {
-  public:
-    Nginx() {
-        test::writeFile(folder_ / "conf", kConfiguration);
-        test::writeFile(folder_ / "users", "bob:{PLAIN}s3cret\n");
-        for (const char* file : {"plain", "private"}) test::writeFile(folder_ / file, content());
-        test::writeFile(folder_ / "chunked", content());
-        const std::string prefix = folder_ / "";
-        process_ = ::fork();
-        if (process_ == 0) {
-            ::execl(NGINX_EXECUTABLE, "nginx", "-e", "stderr", "-p", prefix.c_str(), "-c", "conf",
-                    nullptr);
-            ::_exit(127);
-        }
-        waitUntilReady();
-    }
-    ~Nginx() {
-        ::kill(process_, SIGTERM);
-        ::waitpid(process_, nullptr, 0);
-    }
-    Nginx(const Nginx&) = delete;
-    Nginx& operator=(const Nginx&) = delete;
-
-    static std::string content() { return std::string(40000, 'p') + "end"; }
-
-  private:
-    static void waitUntilReady() {
-        for (int i = 0; i < 100; ++i) {
-            if (TcpOpenConnection("127.0.0.1", kPort).valid()) return;
-            pauseFor(milliseconds(50));
-        }
-        FAIL() << "nginx does not listen";
-    }
-
-    test::TemporaryFolder folder_;
-    pid_t process_ = -1;
-};
 
 std::string bodyOf(NHttpRequester& requester) {
     std::string body;
@@ -88,7 +34,12 @@ std::unique_ptr<NHttpRequester> begin(const std::string& path, std::string_view 
 }
 
 TEST(HttpClient, UnderstandsNginx) {
-    const Nginx nginx;
+    const std::string content = std::string(40000, 'p') + "end";
+    const test::NginxServer nginx(NGINX_EXECUTABLE, kPort, kLocations,
+                                  {{"plain", content},
+                                   {"chunked", content},
+                                   {"private", content},
+                                   {"users", "bob:{PLAIN}s3cret\n"}});
     // Connections are kept open, so that only the framing can end a body at once.
     const auto start = std::chrono::steady_clock::now();
     for (const auto& [path, length] : {std::pair("/plain", 40003), std::pair("/chunked", -1)}) {
@@ -96,7 +47,7 @@ TEST(HttpClient, UnderstandsNginx) {
         ASSERT_EQ(nHttpSendReq(*requester, "", 0), 0);
         EXPECT_EQ(nHttpCheckResp(*requester, milliseconds(2000)), 200);
         EXPECT_EQ(nHttpGetContentLen(*requester), length);
-        EXPECT_TRUE(bodyOf(*requester) == Nginx::content()) << path;
+        EXPECT_TRUE(bodyOf(*requester) == content) << path;
     }
 
     auto requester = begin("/private");
@@ -112,7 +63,7 @@ TEST(HttpClient, UnderstandsNginx) {
         ASSERT_EQ(nHttpSendReq(*requester, "", 0), 0);
         EXPECT_EQ(nHttpCheckResp(*requester, milliseconds(2000)), status);
     }
-    EXPECT_TRUE(bodyOf(*requester) == Nginx::content());
+    EXPECT_TRUE(bodyOf(*requester) == content);
 
     for (const std::int64_t length : {5, -1}) {
         requester = begin("/post", "POST");

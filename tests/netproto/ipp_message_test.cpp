@@ -106,19 +106,13 @@ TEST(IppRequest, OtherOperationsBeginAlike) {
                   request(27, subscription));
     const std::string notifying = "\6" + attribute(0x45, "notify-recipient-uri", "rss://h") +
                                   attribute(0x30, "notify-user-data", "Tintoral") +
-                                  attribute(0x44, "notify-events", "job-state-changed");
-    const IppPrintJob job{"j", "u", "d", "text/plain", "rss://h"};
-    EXPECT_EQ(
-        built([&](MutableBytes out) { return mkPrintJobRequest(head, job, out); }),
-        request(2, attribute(0x42, "job-name", "j") + attribute(0x42, "requesting-user-name", "u") +
-                       attribute(0x42, "document-name", "d") +
-                       attribute(0x49, "document-format", "text/plain") + notifying));
+                                  attribute(0x44, "notify-events", "job-state-changed") +
+                                  attribute(0x44, "", "printer-state-changed");
     EXPECT_EQ(built([&](MutableBytes out) {
                   return mkCreateSubscriptionRequest(head, "u", 7, "rss://h", out);
               }),
               request(0x17, attribute(0x42, "requesting-user-name", "u") +
-                                attribute(0x21, "notify-job-id", "\0\0\0\7"s) + notifying +
-                                attribute(0x44, "", "printer-state-changed")));
+                                attribute(0x21, "notify-job-id", "\0\0\0\7"s) + notifying));
 }
 
 // A value of each kind, and of the tags that are passed over.

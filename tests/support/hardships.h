@@ -29,6 +29,23 @@ class FullDisk {
     void (*handler_)(int);
 };
 
+// No file, socket or pipe can be opened.
+class NoMoreFiles {
+  public:
+    NoMoreFiles() {
+        ::getrlimit(RLIMIT_NOFILE, &previous_);
+        rlimit limit = previous_;
+        limit.rlim_cur = 0;
+        ::setrlimit(RLIMIT_NOFILE, &limit);
+    }
+    ~NoMoreFiles() { ::setrlimit(RLIMIT_NOFILE, &previous_); }
+    NoMoreFiles(const NoMoreFiles&) = delete;
+    NoMoreFiles& operator=(const NoMoreFiles&) = delete;
+
+  private:
+    rlimit previous_{};
+};
+
 // Permissions count, also for a test that root runs.
 class WithoutPrivileges {
   public:

@@ -9,6 +9,7 @@
 namespace tintoral::test {
 namespace {
 
+constexpr const char* kDriver = "usblp";
 constexpr std::size_t kSetupSize = 8;
 constexpr std::uint8_t kConfigurationValue = 1;
 constexpr std::uint8_t kSerialIndex = 3;
@@ -114,7 +115,7 @@ ByteVector deviceDescriptor(const SimUsbSetup& setup) {
 
 SimUsbDevice::SimUsbDevice(SimUsbSetup setup) : setup_(std::move(setup)) {
     for (const SimUsbSetting& setting : setup_.settings) {
-        interfaces_[setting.interface].driver = setup_.kernelDriver;
+        interfaces_[setting.interface].driver = setup_.driverIsBound ? kDriver : "";
     }
 }
 
@@ -171,7 +172,7 @@ long SimUsbDevice::detachDriver(unsigned interface) {
 long SimUsbDevice::attachDriver(unsigned interface) {
     Interface* const found = find(interface);
     if (found == nullptr || found->claimant != nullptr || heldElsewhere) return -EBUSY;
-    found->driver = setup_.kernelDriver;
+    found->driver = kDriver;
     return 1;
 }
 
@@ -235,8 +236,10 @@ std::optional<ByteVector> SimUsbDevice::descriptor(std::uint8_t type, std::uint8
 ByteVector SimUsbDevice::deviceIDReply() const {
     const auto trueLength = static_cast<unsigned>(setup_.deviceID.size() + 2);
     const unsigned length = setup_.deviceIDLength.value_or(static_cast<std::uint16_t>(trueLength));
-    ByteVector reply{high(length), low(length)};
-    reply.insert(reply.end(), setup_.deviceID.begin(), setup_.deviceID.end());
+    ByteVector reply(trueLength);
+    reply[0] = high(length);
+    reply[1] = low(length);
+    std::ranges::copy(setup_.deviceID, reply.begin() + 2);
     return reply;
 }
 

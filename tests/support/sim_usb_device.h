@@ -40,7 +40,7 @@ struct SimUsbSetup {
     bool refusesDeviceID = false;
     // The descriptor of the serial number as it is sent; none when empty.
     ByteVector serialDescriptor{14, 3, 'A', 0, 'B', 0, '1', 0, '2', 0, '3', 0, '4', 0};
-    std::string kernelDriver = "usblp";  // bound to each interface; none when empty
+    bool driverIsBound = true;  // the kernel's usblp, to each interface
 };
 
 // What the printer says to what it hears: each element is one transfer.

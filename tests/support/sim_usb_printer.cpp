@@ -512,8 +512,8 @@ int SimUsbPrinter::transfersInFlight() const {
 
 struct SimUsbBus::Testbed {
     Testbed() {
-        // Readable by others, for a test that gives up its privileges.
-        ::chmod(path("").c_str(), 0755);
+        // For a test that gives up its privileges; libudev's stand-in makes its sockets there.
+        ::chmod(path("").c_str(), 01777);
     }
     // Stops umockdev's thread and removes the folder.
     ~Testbed() { g_object_unref(umockdev); }
@@ -549,6 +549,8 @@ SimUsbPrinter& SimUsbBus::attach(SimUsbSetup setup) {
     testbed_->add(nodeOf(address), impl->handler, deviceRecord(impl->device, address));
     impl->nodePath = testbed_->path("/dev/" + nodeOf(address));
     impl->gate.make(impl->nodePath);
+    // The preload library connects even when the node may not be opened, and gives up if it cannot.
+    ::chmod(testbed_->path("/ioctl/dev/" + nodeOf(address)).c_str(), 0777);
     printers_.push_back(std::make_unique<SimUsbPrinter>(impl));
     return *printers_.back();
 }

@@ -1,5 +1,6 @@
 #include "support/tcp_peer.h"
 
+#include <netdb.h>
 #include <poll.h>
 #include <sys/socket.h>
 #include <sys/time.h>
@@ -7,10 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <memory>
 #include <system_error>
 #include <utility>
-
-#include "transport/net/sockets.h"
 
 namespace tintoral::test {
 namespace {
@@ -52,13 +52,17 @@ void resetOnClose(int socket) {
 
 UniqueFd listenOn(const std::string& address, std::uint16_t port) {
     constexpr int kQueue = 8;
+    addrinfo hints{};
+    hints.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    hints.ai_socktype = SOCK_STREAM;
+    addrinfo* found = nullptr;
+    if (::getaddrinfo(address.c_str(), std::to_string(port).c_str(), &hints, &found) != 0)
+        fail("listenOn: address");
+    const std::unique_ptr<addrinfo, decltype(&::freeaddrinfo)> own(found, &::freeaddrinfo);
+    UniqueFd listener(::socket(own->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     const int on = 1;
-    UniqueFd listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
     ::setsockopt(listener.get(), SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-    sockaddr_in own{};
-    resolveIpv4(address, port, own);
-    const auto* const name = reinterpret_cast<const sockaddr*>(&own);
-    if (::bind(listener.get(), name, sizeof own) != 0) fail("listenOn: bind");
+    if (::bind(listener.get(), own->ai_addr, own->ai_addrlen) != 0) fail("listenOn: bind");
     if (::listen(listener.get(), kQueue) != 0) fail("listenOn: listen");
     return listener;
 }

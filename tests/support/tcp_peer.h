@@ -41,8 +41,8 @@ UniqueFd acceptClient(int listener);
 
 class TcpPeer {
   public:
-    // Listens at once; throws std::system_error when the address is taken. A client that is silent
-    // for 30 s is sent away.
+    // Listens at once at an IPv4 or IPv6 address; throws std::system_error when the address is
+    // taken. A client that is silent for 30 s is sent away.
     TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
             TcpManners manners = {});
     ~TcpPeer();

@@ -1,5 +1,6 @@
 #include "support/virtual_bjnp_printer.h"
 
+#include <array>
 #include <utility>
 
 #include "support/byte_writer.h"
@@ -16,9 +17,8 @@ constexpr std::uint8_t kGetDeviceID = 0x30;
 constexpr std::size_t kHeaderSize = 16;
 
 Datagram withLength(const std::string& text) {
-    const std::size_t length = text.size() + 2;
-    Datagram bytes{static_cast<std::uint8_t>(length >> 8), static_cast<std::uint8_t>(length)};
-    bytes.insert(bytes.end(), text.begin(), text.end());
+    Datagram bytes(text.size() + 2);
+    ByteWriter(bytes).be16(static_cast<std::uint16_t>(bytes.size())).text(text);
     return bytes;
 }
 
@@ -67,9 +67,9 @@ Datagram VirtualBjnpPrinter::payloadFor(std::uint8_t command, std::uint16_t sess
     if (command == kGetDeviceID) return withLength(setup_.deviceID);
     if (command == kGetStatus && sessions_.contains(session)) return withLength(setup_.status);
     if (command != kDiscover) return {};
-    Datagram payload{0, 1, 8, 0, 6, 4};  // versions, then the lengths of the two addresses
-    payload.insert(payload.end(), setup_.mac.begin(), setup_.mac.end());
-    payload.insert(payload.end(), address_.begin(), address_.end());
+    constexpr std::array<std::uint8_t, 6> kVersionsAndAddressLengths{0, 1, 8, 0, 6, 4};
+    Datagram payload(16);
+    ByteWriter(payload).bytes(kVersionsAndAddressLengths).bytes(setup_.mac).bytes(address_);
     return payload;
 }
 

@@ -1,20 +1,16 @@
-// An IPP printer on HTTP/1.1: answers each POST, whatever its IPP request, with the attributes that
-// it was given, or with any bytes. It parses HTTP by itself and knows nothing of sockets; give its
-// script to a TcpPeer.
+// An IPP printer on port 631: gives the same answer to every request, whatever its operation.
 #pragma once
 
-#include <mutex>
+#include <cstdint>
+#include <optional>
 #include <string>
-#include <string_view>
-#include <utility>
 #include <vector>
 
-#include "support/byte_reader.h"
-#include "support/tcp_peer.h"
+#include "support/virtual_http_server.h"
 
 namespace tintoral::test {
 
-// An attribute of an IPP answer with its value tag and encoded values.
+// An attribute of an answer, with its value tag and the encoded values.
 struct IppAttribute {
     int tag;
     std::string name;
@@ -24,39 +20,15 @@ struct IppAttribute {
 std::string ippInteger(std::int32_t number);
 
 // The attributes as an IPP message: header (successful-ok), two groups, end tag.
-std::string ippAnswer(const std::vector<IppAttribute>& attributes);
+std::string ippMessage(const std::vector<IppAttribute>& attributes);
 
-struct IppPrinterSetup {
-    std::string body = {};       // of the answer, see ippAnswer()
-    int httpStatus = 200;        // of the answer
-    std::string challenge = {};  // WWW-Authenticate: then 401 to all requests without Authorization
-    bool answersChunked = false;
-};
+// The HTTP answer with the message in chunks of `piece` bytes, or in one piece of known length.
+HttpAnswer ippAnswer(const std::string& message, std::optional<std::size_t> piece = {});
 
-struct HttpRequestHeard {
-    std::string head;     // request line and headers, with the empty line
-    std::string body;     // without the chunks' sizes
-    std::string trailer;  // line ends that came after it
-};
-
-class VirtualIppPrinter {
+class VirtualIppPrinter final : public VirtualHttpServer {
   public:
-    explicit VirtualIppPrinter(IppPrinterSetup setup) : setup_(std::move(setup)) {}
-
-    // Good while the printer lives.
-    TcpScript script();
-
-    std::vector<HttpRequestHeard> requests() const;
-
-  private:
-    std::string onReceive(std::string_view bytes);
-    bool takeRequest(HttpRequestHeard& request);
-    std::string answerTo(const HttpRequestHeard& request) const;
-
-    mutable std::mutex mutex_;
-    IppPrinterSetup setup_;
-    std::string pending_;
-    std::vector<HttpRequestHeard> requests_;
+    VirtualIppPrinter(const std::string& address, HttpAnswer answer,
+                      std::optional<HttpLogin> login = {});
 };
 
 }  // namespace tintoral::test

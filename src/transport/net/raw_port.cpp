@@ -10,7 +10,7 @@
 #include "vendors/epson.h"
 #include "vendors/epson_chain.h"
 #include "vendors/epson_exchange.h"
-#include "vendors/maintenance_command.h"
+#include "vendors/maintenance.h"
 
 namespace tintoral {
 namespace {
@@ -94,9 +94,9 @@ void port9100NozzleOptions(const PrinterRecord& printer, int option) {
     if (isInactive(printer)) return;
     const auto target = targetOf(printer);
     if (!target) return;
-    std::array<std::uint8_t, kMaintenanceCommandRoom> command{};
-    const std::size_t size = mkMaintenanceCommand(command, printer.text(keys::makerName),
-                                                  printer.text(keys::modelName), option);
+    std::array<std::uint8_t, 256> command{};
+    const std::size_t size = mkNozzleOption(printer.text(keys::makerName),
+                                            printer.text(keys::modelName), option, command);
     if (size > 0) tcpSend(target->host, target->port, Bytes(command).first(size));
 }
 

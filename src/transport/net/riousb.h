@@ -55,9 +55,9 @@ std::unique_ptr<RiousbConnection> riousbOpenOn(UniqueFd socket, std::string_view
 void riousbClose(std::unique_ptr<RiousbConnection> connection);
 
 // Sends bytes to the printer and waits for the acknowledgement; each message on the way to it has
-// 500 ms for its header and 500 ms for its payload, all of them 5 s. Result: the length of the
-// acknowledgement's payload; 0 when it has none, which only the time-out shows. Only a negative
-// result says that the bytes were not taken.
+// 500 ms for its header and 500 ms for its payload, and after 5 s no further one is awaited.
+// Result: the length of the acknowledgement's payload; 0 when it has none, which only the time-out
+// shows. Only a negative result says that the bytes were not taken.
 int riousbWrite(RiousbConnection& connection, Bytes bytes);
 
 // Takes cached data, or else asks for data again and again, 100 ms before each look for the reply,

@@ -11,10 +11,10 @@
 #include "transport/net/riousb.h"
 #include "transport/net/riousb_byte_stream.h"
 #include "vendors/canon.h"
-#include "vendors/canon_exchange.h"
+#include "vendors/canon_reply.h"
 #include "vendors/epson.h"
 #include "vendors/hp.h"
-#include "vendors/maintenance_command.h"
+#include "vendors/maintenance.h"
 
 namespace tintoral {
 namespace {
@@ -129,9 +129,9 @@ int riousbGetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedTex
 }
 
 void riousbNozzleOptions(const PrinterRecord& printer, int option) {
-    std::array<std::uint8_t, kMaintenanceCommandRoom> command{};
-    const std::size_t size = mkMaintenanceCommand(command, printer.text(keys::makerName),
-                                                  printer.text(keys::modelName), option);
+    Command command{};
+    const std::size_t size = mkNozzleOption(printer.text(keys::makerName),
+                                            printer.text(keys::modelName), option, command);
     if (size == 0) return;
     auto connection = connectionTo(printer);
     if (!connection) return;

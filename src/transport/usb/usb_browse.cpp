@@ -82,7 +82,9 @@ std::vector<USBPrinterInfo> printersOf(libusb_device* device) {
     return printers;
 }
 
-void number(std::vector<USBPrinterInfo>& printers) {
+// libusb's order is another one each time something is plugged in.
+void sortAndNumber(std::vector<USBPrinterInfo>& printers) {
+    std::ranges::stable_sort(printers, {}, &USBPrinterInfo::locationID);
     std::int32_t index = 0;
     for (USBPrinterInfo& printer : printers) printer.index = index++;
 }
@@ -97,7 +99,7 @@ int USBPrinterBrowse(std::vector<USBPrinterInfo>& printers) {
     for (libusb_device* device : list.devices()) {
         if (isPrinter(device)) std::ranges::copy(printersOf(device), std::back_inserter(printers));
     }
-    number(printers);
+    sortAndNumber(printers);
     return static_cast<int>(printers.size());
 }
 

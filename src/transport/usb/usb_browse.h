@@ -8,9 +8,10 @@
 namespace tintoral {
 
 // Fills `printers` with every printer (interface class 7, subclass 1 in any alternate setting), in
-// libusb's order. A device with several such interfaces is listed once for each name that it gives.
-// One whose device ID cannot be read is listed without make and model; one that may not be opened
-// is left out, and the person is told why (usb_permission.h). Result: their number; 0 when the
+// the order of their location. A device with several such interfaces is listed once for each make
+// and model that they give. One whose device ID cannot be read is listed without make and model;
+// one that may not be opened is left out, and the person is told why (usb_permission.h). Each
+// device takes at most the time-outs of usb_requests.h. Result: the number of printers; 0 when the
 // devices cannot be listed.
 int USBPrinterBrowse(std::vector<USBPrinterInfo>& printers);
 

@@ -104,9 +104,10 @@ int USBWaitRecv(USBPrinterHandle& handle, MutableBytes buffer, std::chrono::mill
 
 // Reads pieces of at most 512 bytes, each after a pause of 100 ms, until `length` bytes have come
 // or `retries` + 1 reads are done. A read that times out is one of 0 bytes; once the reply has
-// begun it ends it. The first read is of 512 bytes even when `length` is less, as meant; none goes
-// past the end of `reply`. `length` becomes the bytes received. A read that fails ends the reply
-// with its error line, which does not count. Result: of the last read.
+// begun it ends it. The first read is of 512 bytes even when `length` is less, and a reply that has
+// gone past `length` is read on, both as meant; no read goes past the end of `reply`. `length`
+// becomes the bytes received. A read that fails ends the reply with its error line, which does not
+// count. Result: of the last read.
 int USBGetReply(USBPrinterHandle& handle, MutableBytes reply, std::size_t& length, int retries);
 
 // Writes the command and, after 100 ms, reads as USBGetReply(), but with pauses of 120 ms. A write

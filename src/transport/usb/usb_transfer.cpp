@@ -119,7 +119,8 @@ int readReply(USBPrinterHandle& handle, MutableBytes reply, std::size_t& length,
             break;
         }
         length += read.count;
-        piece = std::min(capacity - std::min(capacity, length), kPieceSize);
+        // Once past the capacity the difference is huge, as meant: only the buffer ends the reply.
+        piece = std::min(capacity - length, kPieceSize);
         if (retries < 1 || (read.silent && length > 0)) break;
     }
     return read.result;
