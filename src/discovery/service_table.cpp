@@ -12,7 +12,7 @@ PrinterRecordPtr ServiceTable::find(const ServiceId& id) const {
 PrinterRecordPtr ServiceTable::found(const ServiceId& id) {
     PrinterRecordPtr record = find(id);
     if (!record) {
-        if (records_.size() >= kMostRecords) return nullptr;
+        if (records_.size() >= kMostRecords && !dropOldestInactive()) return nullptr;
         record = std::make_shared<PrinterRecord>();
         record->set(keys::printerName, id.name);
         record->set(keys::serviceType, id.type);
@@ -48,11 +48,13 @@ void ServiceTable::withdrawn(const ServiceId& id) {
     if (inactive_.size() > kMostInactive) dropOldestInactive();
 }
 
-void ServiceTable::dropOldestInactive() {
+bool ServiceTable::dropOldestInactive() {
+    if (inactive_.empty()) return false;
     const auto entry = byId_.find(inactive_.front());
     std::erase(records_, entry->second);
     byId_.erase(entry);
     inactive_.pop_front();
+    return true;
 }
 
 std::optional<PrinterRecord> ServiceTable::getPrinterDictByMakerAndModelName(

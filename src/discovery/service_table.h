@@ -28,7 +28,7 @@ class ServiceTable {
     PrinterRecordPtr find(const ServiceId& id) const;
 
     // A service is announced (again): its record, active and with a fresh date. Null when the table
-    // is full.
+    // is full of active records.
     PrinterRecordPtr found(const ServiceId& id);
 
     // A service was resolved: its record, filled; null when there is none. A base station's service
@@ -51,7 +51,7 @@ class ServiceTable {
     void setAirPort(std::string_view address);
 
   private:
-    void dropOldestInactive();
+    bool dropOldestInactive();  // false: there is none
 
     std::vector<PrinterRecordPtr> records_;
     std::map<ServiceId, PrinterRecordPtr> byId_;
