@@ -5,14 +5,14 @@ import re
 import sys
 
 SRC = pathlib.Path(__file__).resolve().parent.parent / "src"
-WINDOW_FOLDERS = {"app", "discovery", "diagnostics"}
+WINDOW_FILES = ("app/", "diagnostics/", "discovery/avahi_", "discovery/bonjour_browser")
 SOCKET_FOLDERS = ("transport/net", "netproto")
 INCLUDE = re.compile(r'^\s*#include\s+([<"])([^">]+)[">]', re.M)
 SOCKET_CALL = re.compile(r"(?<!\w)::(socket|connect|bind|listen|accept|sendto|recvfrom|recv|send)\(")
 
 
 def is_window_file(name: str) -> bool:
-    return name.split("/")[0] in WINDOW_FOLDERS
+    return name.startswith(WINDOW_FILES)
 
 
 def read_tree():

@@ -62,8 +62,10 @@ int inkCountOf(const Dictionary* inkDict) {
 
 }  // namespace
 
-AppController::AppController()
-    : window_(std::make_unique<QMainWindow>()), ui_(std::make_unique<Ui::MainWindow>()) {
+AppController::AppController(PrinterSources sources)
+    : window_(std::make_unique<QMainWindow>()),
+      ui_(std::make_unique<Ui::MainWindow>()),
+      sources_(std::move(sources)) {
     ui_->setupUi(window_.get());
     window_->layout()->setSizeConstraint(QLayout::SetFixedSize);
     window_->installEventFilter(this);
@@ -79,12 +81,30 @@ void AppController::awakeFromNib() {
     restoreLastLevels();
     iconPathTable_ = makeIconPathTable();
     dockIcon_ = std::make_unique<QSystemTrayIcon>();
-    browserWindow_ = std::make_unique<BrowserController>(printerItemDict_, window_.get());
     connectActions();
     updateUI();
     dockIcon_->show();
-    // The window is painted before the first update blocks it.
-    QTimer::singleShot(0, this, &AppController::updateWhenStale);
+}
+
+void AppController::finishStart() {
+    browserWindow().startBonjourBrowser();
+    if (printerTable_.empty()) discoverPrinters();
+    updateWhenStale();
+}
+
+// All printers that are found are kept, the first one is selected.
+void AppController::discoverPrinters() {
+    const WaitCursor waiting;
+    PrinterTable found;
+    BrowserController& browser = browserWindow();
+    if (browser.browseUSB(found) == 0 && browser.browseBJNP(found) == 0)
+        browser.browseBonjourPrinters(found);
+    std::erase_if(found,
+                  [](const PrinterRecordPtr& printer) { return !maySelectByItself(*printer); });
+    for (const PrinterRecordPtr& printer : found) {
+        if (!popup_.find(printer->text(keys::printerId))) addNewPrinter(printer);
+    }
+    if (!found.empty()) doSelectPrinter(found.front());
 }
 
 void AppController::loadRecords() {
@@ -103,10 +123,9 @@ void AppController::connectActions() {
     connect(ui_->printerIdPopup, &QComboBox::activated, this,
             &AppController::printerIdPoupSelected);
     connect(ui_->updateButton, &QPushButton::clicked, this, &AppController::updateButtonPressed);
-    connect(ui_->actionAddByAddress, &QAction::triggered, browserWindow_.get(),
-            &BrowserController::addByAddressPressed);
     whenTriggered(ui_->actionUpdate, &AppController::updateButtonPressed);
     whenTriggered(ui_->actionSelectPrinter, &AppController::showSelectionWindow);
+    whenTriggered(ui_->actionAddByAddress, &AppController::addByAddress);
     whenTriggered(ui_->actionPrintNozzleCheckPattern, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
@@ -296,8 +315,20 @@ void AppController::useModelIconMenuSelected() {
     updateUI();
 }
 
+BrowserController& AppController::browserWindow() {
+    if (!browserWindow_) {
+        browserWindow_ =
+            std::make_unique<BrowserController>(printerItemDict_, sources_, window_.get());
+    }
+    return *browserWindow_;
+}
+
 void AppController::showSelectionWindow() {
-    browserWindow_->showWindow();
+    browserWindow().showWindow();
+}
+
+void AppController::addByAddress() {
+    browserWindow().addByAddressPressed();
 }
 
 void AppController::openProductPage() {
@@ -339,7 +370,12 @@ void AppController::updateDockIcon() {
 }
 
 bool AppController::eventFilter(QObject* watched, QEvent* event) {
-    if (watched == window_.get() && event->type() == QEvent::Close) windowWillClose();
+    if (watched != window_.get()) return QObject::eventFilter(watched, event);
+    if (event->type() == QEvent::Close) windowWillClose();
+    if (event->type() == QEvent::Paint && !isPainted_) {
+        isPainted_ = true;
+        QTimer::singleShot(0, this, &AppController::finishStart);
+    }
     return QObject::eventFilter(watched, event);
 }
 

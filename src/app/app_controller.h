@@ -33,13 +33,14 @@ class AppController : public QObject {
 
   public:
     // The files are those of the person who runs the program; nothing is read before
-    // awakeFromNib().
-    AppController();
+    // awakeFromNib(). `sources` find the printers that the selection window offers.
+    explicit AppController(PrinterSources sources);
     ~AppController() override;
 
-    // Start-up: loads and prunes the printer table, fills the pop-up, shows the last levels of the
-    // selected printer and updates it when they are stale. The window is shown before the first
-    // update runs.
+    // Start-up: loads and prunes the printer table, fills the pop-up and shows the last levels of
+    // the selected printer. What may block comes once the window is painted: announced printers
+    // come to be known, an empty table is filled with the printers that are found, and stale levels
+    // of the selected printer are updated.
     void awakeFromNib();
 
     // Selects a printer, adds it when it is new, and updates it.
@@ -53,11 +54,12 @@ class AppController : public QObject {
     void menuItemNozzleOptions();
     void useModelIconMenuSelected();
     void showSelectionWindow();
+    void addByAddress();
     void showAboutPanel();
     void openProductPage();
 
   protected:
-    // The window's close: windowWillClose().
+    // The window's first painting: finishStart(); its close: windowWillClose().
     bool eventFilter(QObject* watched, QEvent* event) override;
 
   private:
@@ -66,6 +68,10 @@ class AppController : public QObject {
     void observeNotifications() const;
     void handlePrinterFound(const PrinterRecordPtr& printer);
     void handlePrinterRemoved(const PrinterRecordPtr& printer);
+
+    void finishStart();
+    void discoverPrinters();
+    BrowserController& browserWindow();
 
     void fillPopup();
     void restoreLastLevels();
@@ -87,6 +93,7 @@ class AppController : public QObject {
     std::unique_ptr<QMainWindow> window_;
     std::unique_ptr<Ui::MainWindow> ui_;
     std::unique_ptr<QSystemTrayIcon> dockIcon_;
+    PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     UserDefaults defaults_;
     ModelTable printerItemDict_;
@@ -95,6 +102,7 @@ class AppController : public QObject {
     PrinterPopup popup_;
     PrinterRecordPtr printerDict_;  // the selected record, or none
     bool useModelIcon_ = false;
+    bool isPainted_ = false;
 };
 
 }  // namespace tintoral

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/app_controller.h"
+#include "app/system_sources.h"
 
 namespace {
 
@@ -25,7 +26,7 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     qInstallMessageHandler(usual);
     QApplication::setQuitOnLastWindowClosed(
         false);  // closing the main window quits; a dialog's close does not
-    tintoral::AppController controller;
+    tintoral::AppController controller(tintoral::systemPrinterSources());
     controller.awakeFromNib();
     controller.myWindow().show();
     return QApplication::exec();

@@ -21,9 +21,9 @@ ConnectionRow rowOf(Connection connection) {
         case Connection::PrinterMib:
             return {"", "lpd:"};  // network printers of this kind are asked over SNMP
         case Connection::Lpd:
-            return {"_printer._tcp.", "lpd:"};
+            return {service_types::printer, "lpd:"};
         default:
-            return {"_pdl-datastream._tcp.", "port"};
+            return {service_types::pdlDatastream, "port"};
     }
 }
 

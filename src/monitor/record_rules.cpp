@@ -65,6 +65,19 @@ void copyFoundValues(const PrinterRecord& found, PrinterRecord& known) {
         copyPresent(found, known, kAirPortKeys);
 }
 
+std::string refusalToSelect(const PrinterRecord& printer) {
+    if (printer.text(keys::printerId).empty())
+        return "The address of this printer is not known yet; it is being asked for.";
+    if (printer.text(keys::serverType) == server_types::mac && !printer.contains(keys::inkDict))
+        return "A queue shared by another computer that has reported no ink levels. Refresh asks "
+               "it again.";
+    return {};
+}
+
+bool maySelectByItself(const PrinterRecord& printer) {
+    return refusalToSelect(printer).empty() && printer.integer(keys::port) != 0;
+}
+
 StatusLine statusLine(const PrinterRecord* printer) {
     if (!printer) return {"Printer is not selected", false};
     const std::string status = printer->text(keys::printerStatus);

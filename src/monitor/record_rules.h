@@ -20,6 +20,15 @@ void copySelectedValues(const PrinterRecord& chosen, PrinterRecord& known);
 // copied.
 void copyFoundValues(const PrinterRecord& found, PrinterRecord& known);
 
+// Why the person cannot choose this printer, in a sentence; empty when they can. A queue shared by
+// another computer can be watched only once it has reported levels; a service whose address is not
+// known yet has no identity.
+std::string refusalToSelect(const PrinterRecord& printer);
+
+// True for a printer that may be selected without the person choosing it: one that can be chosen,
+// and whose service did not announce port 0, which says that nothing listens there (RFC 6763).
+bool maySelectByItself(const PrinterRecord& printer);
+
 // What the main window says about the selected printer.
 struct StatusLine {
     std::string text;

@@ -73,6 +73,15 @@ inline constexpr std::string_view macCups14 = "Mac cups1.4";
 inline constexpr std::string_view macCups15 = "Mac cups1.5";
 }  // namespace server_types
 
+// Service types, as records hold them.
+namespace service_types {
+inline constexpr std::string_view ipp = "_ipp._tcp.";
+inline constexpr std::string_view pdlDatastream = "_pdl-datastream._tcp.";
+inline constexpr std::string_view printer = "_printer._tcp.";
+inline constexpr std::string_view riousbprint = "_riousbprint._tcp.";
+inline constexpr std::string_view bjnp = "_bjnp._udp.";
+}  // namespace service_types
+
 // Makers as "makerName" has them, compared exactly.
 namespace makers {
 inline constexpr std::string_view epson = "EPSON";

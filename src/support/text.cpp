@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "support/byte_reader.h"
+#include "support/fixed_text.h"
 
 namespace tintoral {
 namespace {
@@ -82,6 +83,13 @@ void appendUtf8(std::string& out, char32_t c) {
     }
 }
 
+// Every code that is not harmless has at most four hexadecimal digits.
+void appendCode(std::string& out, char32_t c) {
+    FixedText<16> code;
+    code.format("<U+%04X>", static_cast<unsigned>(c));
+    out += code.view();
+}
+
 }  // namespace
 
 std::string cleanText(std::string_view text) {
@@ -95,6 +103,23 @@ std::string cleanText(std::string_view text) {
         reader.skip(c.length);
     }
     return clean;
+}
+
+std::string spelledOutText(std::string_view text) {
+    std::string spelled;
+    spelled.reserve(text.size());
+    ByteReader reader(asBytes(text));
+    while (!reader.atEnd()) {
+        const Character next = firstCharacter(reader.rest());
+        const Character c = next.length == 0 ? Character{reader.rest()[0], 1} : next;
+        if (isHarmless(c.code)) {
+            appendUtf8(spelled, c.code);
+        } else {
+            appendCode(spelled, c.code);
+        }
+        reader.skip(c.length);
+    }
+    return spelled;
 }
 
 std::string utf8FromUtf16(std::u16string_view text) {

@@ -13,6 +13,11 @@ namespace tintoral {
 // printers write it; a character cut in two by the end of the text is dropped.
 std::string cleanText(std::string_view text);
 
+// As cleanText(), but nothing is dropped, so that two names that differ stay different: a character
+// that could do harm is spelt out ("<U+0007>"), and a byte of a character that is cut off is read
+// as ISO 8859-1 too. For names that identify something.
+std::string spelledOutText(std::string_view text);
+
 // A surrogate without its partner is dropped.
 std::string utf8FromUtf16(std::u16string_view text);
 

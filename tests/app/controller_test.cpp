@@ -35,10 +35,10 @@ class MainWindow : public testing::Test {
     // Starts the program (again) on the same home.
     void start() {
         controller_.reset();
-        controller_.emplace();
+        controller_.emplace(sources_);
         controller_->awakeFromNib();
         controller_->myWindow().show();
-        QCoreApplication::processEvents();
+        QTest::qWait(20);  // painted, and all that comes after it
     }
 
     static PrinterRecordPtr printerAt(const std::string& host) {
@@ -68,6 +68,7 @@ class MainWindow : public testing::Test {
     test::ScopedEnvironment configVariable_{"XDG_CONFIG_HOME", home_ / "config"};
     test::TestClock clock_;
     ScopedClock scopedClock_{clock_};
+    PrinterSources sources_;
     test::VirtualEpson epson_;
     std::optional<test::TcpPeer> peer_;
     std::optional<AppController> controller_;
@@ -152,6 +153,36 @@ TEST_F(MainWindow, AnnouncementsChangeTheSelectedPrinterAndNoOther) {
     Q_EMIT center.VTBonjourPrinterFound(selected);
     EXPECT_EQ(status(), "Online");
     EXPECT_TRUE(updateButton().isEnabled());
+}
+
+TEST_F(MainWindow, AFirstStartKeepsAllThatIsFoundAndSelectsTheFirst) {
+    const PrinterRecordPtr silent = printerAt("127.0.0.2");
+    silent->set(keys::port, 0);
+    sources_.usb = [] { return PrinterTable(); };
+    sources_.bjnp = [&] {
+        return PrinterTable{silent, printerAt("127.0.0.1"), printerAt("127.0.0.3")};
+    };
+    sources_.bonjour = [&] { return ADD_FAILURE(), PrinterTable(); };
+    start();
+    EXPECT_EQ(status(), "Idle");
+    EXPECT_EQ(UserDefaults().printerId(), printerAt("127.0.0.1")->text(keys::printerId));
+    EXPECT_EQ(UserDefaults().printerTable().size(), 2U);
+    EXPECT_EQ(popupTitles().size(), 4);
+    sources_.bjnp = [&] { return ADD_FAILURE(), PrinterTable(); };
+    start();
+    EXPECT_EQ(popupTitles().size(), 4);
+}
+
+TEST_F(MainWindow, AFirstStartWithoutPrintersWaitsForAnAnnouncement) {
+    auto& center = NotificationCenter::defaultCenter();
+    const PrinterRecordPtr printer = printerAt("127.0.0.1");
+    bool isPainted = false;
+    sources_.startBonjour = [&] { isPainted = controller_->myWindow().isVisible(); };
+    start();
+    EXPECT_TRUE(isPainted);
+    Q_EMIT center.VTBonjourPrinterFound(printer);
+    EXPECT_EQ(status(), "Idle");
+    EXPECT_EQ(UserDefaults().printerId(), printer->text(keys::printerId));
 }
 
 TEST_F(MainWindow, PopupSwitchesPrintersAndSelectPrinterDoesNotStay) {

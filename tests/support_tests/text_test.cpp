@@ -40,6 +40,19 @@ TEST(CleanText, LeavesNothingThatSteersATerminalOrALabel) {
     for (const auto& [dirty, clean] : cases) EXPECT_EQ(cleanText(dirty), clean) << dirty;
 }
 
+TEST(SpelledOutText, KeepsNamesApartThatDiffer) {
+    const std::pair<std::string_view, std::string_view> cases[] = {
+        {"Caf\xC3\xA9 \"2/3\"", "Caf\xC3\xA9 \"2/3\""},
+        {"a\a\0b"sv, "a<U+0007><U+0000>b"},
+        {"a\xE2\x80\xA8", "a<U+2028>"},
+        {"cut \xE2\x82", "cut \xC3\xA2<U+0082>"},
+    };
+    for (const auto& [dirty, spelled] : cases) {
+        EXPECT_EQ(spelledOutText(dirty), spelled);
+        EXPECT_EQ(cleanText(spelled), spelled);
+    }
+}
+
 TEST(CaseRules, TouchAsciiOnlyAndNeedNoTerminator) {
     EXPECT_FALSE(equalsIgnoringCase("\xC3\x84", "\xC3\xA4"));
     EXPECT_FALSE(equalsIgnoringCase("@", "`"));
