@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "app/dock_icon.h"
+#include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
@@ -76,6 +77,7 @@ void AppController::awakeFromNib() {
     observeNotifications();
     fillPopup();
     prepareHistoryFolder();
+    historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
     restoreLastLevels();
     iconPathTable_ = makeIconPathTable();
     dockIcon_ = std::make_unique<QSystemTrayIcon>();
@@ -111,7 +113,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
-    whenTriggered(ui_->actionInkHistory, &AppController::notInThisVersion);
+    whenTriggered(ui_->actionInkHistory, &AppController::showInkHistory);
     whenTriggered(ui_->actionDiagnose, &AppController::notInThisVersion);
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
@@ -139,7 +141,7 @@ void AppController::fillPopup() {
 
 void AppController::restoreLastLevels() {
     if (!printerDict_) return;
-    if (auto last = lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
+    if (auto last = historyWindow_->lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
         printerDict_->set(keys::inkDict, *std::move(last));
     } else {
         printerDict_->remove(keys::inkDict);
@@ -196,8 +198,8 @@ void AppController::updateButtonPressed() {
     if (!printerDict_) return;
     const WaitCursor waiting;
     if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
-        saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
-                                    printerDict_->text(keys::printerId));
+        historyWindow_->saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
+                                                    printerDict_->text(keys::printerId));
         storePrinterTable();
     }
     updateUI();
@@ -298,6 +300,11 @@ void AppController::useModelIconMenuSelected() {
 
 void AppController::showSelectionWindow() {
     browserWindow_->showWindow();
+}
+
+void AppController::showInkHistory() {
+    if (printerDict_) historyWindow_->selectHistoryFor(printerDict_->text(keys::printerId));
+    historyWindow_->showWindow();
 }
 
 void AppController::openProductPage() {

@@ -28,6 +28,8 @@ class MainWindow;
 
 namespace tintoral {
 
+class InkHistoryController;
+
 class AppController : public QObject {
     Q_OBJECT
 
@@ -53,6 +55,7 @@ class AppController : public QObject {
     void menuItemNozzleOptions();
     void useModelIconMenuSelected();
     void showSelectionWindow();
+    void showInkHistory();
     void showAboutPanel();
     void openProductPage();
 
@@ -88,6 +91,7 @@ class AppController : public QObject {
     std::unique_ptr<Ui::MainWindow> ui_;
     std::unique_ptr<QSystemTrayIcon> dockIcon_;
     std::unique_ptr<BrowserController> browserWindow_;
+    std::unique_ptr<InkHistoryController> historyWindow_;
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;

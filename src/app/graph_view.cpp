@@ -45,12 +45,6 @@ QString levelText(int level) {
     return level == kLevelSomeRemaining ? QStringLiteral("not empty") : QStringLiteral("unknown");
 }
 
-// Printers also report words such as "none" in place of a colour.
-QColor colorOf(const ChartSeries& series) {
-    return series.rgbColor.starts_with('#') ? colorByRGBColor(series.rgbColor).color
-                                            : nscolorByColorName(series.name);
-}
-
 }  // namespace
 
 GraphView::GraphView(QWidget* parent) : QWidget(parent) {
@@ -189,7 +183,7 @@ void GraphView::drawMonths(QPainter& painter) const {
 void GraphView::drawLineChart(QPainter& painter, const ChartSeries& series) const {
     const std::vector<ChartPoint> points = chartLine(series, scale_, width());
     if (points.empty()) return;
-    const QColor color = colorOf(series);
+    const QColor color = chartColor(series.key, series.rgbColor);
     const ChartPoint end = points.back();
     constexpr double kHalf = kEndSquare / 2.0;
     const QRectF square(end.x - kHalf, end.y - kHalf, kEndSquare, kEndSquare);
@@ -229,7 +223,7 @@ void GraphView::drawNames(QPainter& painter) const {
         const QRect swatch = geometry().rect(QRectF(x, y + 3, kSwatch, kSwatch));
         painter.fillRect(swatch.adjusted(-1, -1, 1, 1), Qt::gray);
         painter.fillRect(swatch, Qt::white);
-        painter.fillRect(swatch, colorOf(series));
+        painter.fillRect(swatch, chartColor(series.key, series.rgbColor));
         const QString name = painter.fontMetrics().elidedText(QString::fromStdString(series.name),
                                                               Qt::ElideRight, columnWidth);
         drawText(painter, x + kSwatch + kNameGap, y, name);

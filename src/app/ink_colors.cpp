@@ -118,4 +118,8 @@ QColor nscolorByColorName(std::string_view name) {
     return colorOf(found == kChartPaints.end() ? kBlue : found->paint);
 }
 
+QColor chartColor(std::string_view name, std::string_view rgbColor) {
+    return rgbColor.starts_with('#') ? colorByRGBColor(rgbColor).color : nscolorByColorName(name);
+}
+
 }  // namespace tintoral

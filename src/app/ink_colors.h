@@ -35,4 +35,8 @@ InkColor colorByRGBColor(std::string_view code);
 // for any other name. White inks are light grey, as meant: their line stays visible.
 QColor nscolorByColorName(std::string_view name);
 
+// The same for an ink of which a printer may have reported a "#RRGGBB" text: that, where it is one
+// (some report words such as "none"), else the name.
+QColor chartColor(std::string_view name, std::string_view rgbColor);
+
 }  // namespace tintoral

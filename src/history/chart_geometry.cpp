@@ -53,6 +53,20 @@ year yearOfTwoDigits(int number) {
     return year{number + (number >= kFirstOfLastCentury ? 1900 : 2000)};
 }
 
+// The whole number that `text` begins with.
+std::optional<int> leadingNumber(std::string_view text) {
+    int number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+}
+
+// The number that `text` holds in digits and nothing else.
+std::optional<int> wholeNumber(std::string_view text) {
+    constexpr std::string_view kDigits = "0123456789";
+    return text.find_first_not_of(kDigits) == std::string_view::npos ? leadingNumber(text)
+                                                                     : std::nullopt;
+}
+
 int wholePercent(double number) {
     using Limits = std::numeric_limits<int>;
     return std::isnan(number)
@@ -66,11 +80,7 @@ struct LevelOfValue {
         return static_cast<int>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
     }
     std::optional<int> operator()(double number) const { return wholePercent(number); }
-    std::optional<int> operator()(const std::string& text) const {
-        int level = 0;
-        const auto result = std::from_chars(text.data(), text.data() + text.size(), level);
-        return result.ec == std::errc() ? std::optional(level) : std::nullopt;
-    }
+    std::optional<int> operator()(const std::string& text) const { return leadingNumber(text); }
     template <typename T>
     std::optional<int> operator()(const T&) const {
         return std::nullopt;
@@ -104,14 +114,14 @@ class SeriesBuilder {
         const auto names = texts(keys::colors);
         const auto colors = texts(keys::rgbColors);
         const auto rank = [&](const ChartSeries& series) {
-            return std::ranges::find(names, series.name) - names.begin();
+            return std::ranges::find(names, series.key) - names.begin();
         };
-        std::ranges::sort(series_, {}, &ChartSeries::name);
+        std::ranges::sort(series_, {}, &ChartSeries::key);
         std::ranges::stable_sort(series_, {}, rank);
         for (ChartSeries& series : series_) {
             const auto index = static_cast<std::size_t>(rank(series));
             if (index < std::min(names.size(), colors.size())) series.rgbColor = colors[index];
-            series.name = cleanText(series.name);
+            series.name = cleanText(series.key);
         }
         return std::move(series_);
     }
@@ -121,7 +131,7 @@ class SeriesBuilder {
         auto found = indexes_.find(name);
         if (found == indexes_.end()) {
             if (series_.size() == kMostSeries) return;
-            series_.push_back({std::string(name), {}, {}});
+            series_.push_back({std::string(name), {}, {}, {}});
             found = indexes_.emplace(name, series_.size() - 1).first;
         }
         series_[found->second].readings.push_back(reading);
@@ -190,6 +200,17 @@ std::string monthLabel(int monthIndex) {
            std::to_string(static_cast<int>(month.year()));
 }
 
+std::optional<int> monthIndexOfLabel(std::string_view label) {
+    constexpr std::size_t kLength = 7;
+    constexpr std::size_t kSlash = 2;
+    if (label.size() != kLength || label[kSlash] != '/') return std::nullopt;
+    const auto month = wholeNumber(label.substr(0, kSlash));
+    const auto year = wholeNumber(label.substr(kSlash + 1));
+    if (!month || !year || *month < 1 || *month > 12) return std::nullopt;
+    const int index = (*year - static_cast<int>(kFirstMonth.year())) * 12 + *month - 1;
+    return index >= 0 ? std::optional(index) : std::nullopt;
+}
+
 sys_days startAtLaunch(Date now, int periodLength) {
     return firstDay(monthAt(now) - months(periodLength));
 }
@@ -225,6 +246,10 @@ std::vector<MonthMark> monthMarks(const ChartScale& scale, int width) {
         const bool isEven = static_cast<unsigned>(month.month()) % 2 == 0;
         marks.push_back({month, offset, offset > kNearestMonthLine, isEven || !isCrowded});
     }
+}
+
+std::optional<int> levelOf(const Value& value) {
+    return std::visit(LevelOfValue(), value.storage());
 }
 
 std::vector<ChartSeries> chartSeries(const Array& history) {

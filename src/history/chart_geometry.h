@@ -31,8 +31,10 @@ int periodMonths(int periodSteps);
 // The month of `now`, counted from January 2006; negative before.
 int monthIndexAt(Date now);
 
-// "03/2026".
+// "03/2026", and back: nothing for a text of another form, a month that there is not, or one before
+// January 2006.
 std::string monthLabel(int monthIndex);
+std::optional<int> monthIndexOfLabel(std::string_view label);
 
 // The first day shown. At launch it lies `months` before the current month; once a month is picked,
 // `months` before the one after it. The two are a month apart for the same month, as meant.
@@ -67,6 +69,10 @@ struct MonthMark {
 // only those with an even number have a label.
 std::vector<MonthMark> monthMarks(const ChartScale& scale, int width);
 
+// The level that a value of a history stands for: a number, cut to whole percents, or a text that
+// begins with a whole number.
+std::optional<int> levelOf(const Value& value);
+
 struct ChartReading {
     std::chrono::sys_days day;
     int level = 0;
@@ -74,7 +80,8 @@ struct ChartReading {
 
 // One ink over time, in the history's order.
 struct ChartSeries {
-    std::string name;      // fit to show
+    std::string key;       // in the entries
+    std::string name;      // the same, fit to show
     std::string rgbColor;  // what the last entry holds for it in "rgbColors", else empty
     std::vector<ChartReading> readings;
 };

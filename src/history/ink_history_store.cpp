@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kSupportFolder = "library/Application Support";
 constexpr std::string_view kHistoryFolder = "Tintoral";
+constexpr std::string_view kNoHistory = ".DS_Store";
 constexpr std::string_view kDamagedFolder = "Tintoral damaged";
 
 std::filesystem::path supportFolder() {
@@ -147,6 +148,24 @@ std::filesystem::path historyFolder() {
 void prepareHistoryFolder() {
     const auto folder = historyFolder();
     if (!folder.empty()) makeFolders(folder);
+}
+
+std::vector<std::string> printersWithHistory() {
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(historyFolder(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    std::erase(names, kNoHistory);
+    return names;
+}
+
+std::shared_ptr<const Array> inkHistory(std::string_view printerId) {
+    const auto path = historyFile(printerId);
+    PropertyListFile file = path.empty() ? PropertyListFile() : readPropertyListFile(path);
+    auto* entries = file.root.as<Array>();
+    return entries ? std::make_shared<const Array>(std::move(*entries)) : nullptr;
 }
 
 void addReading(Array& history, Dictionary inkDict, Date now) {
