@@ -58,8 +58,11 @@ bool keepHistoryAside(const std::filesystem::path& path, const PropertyListFile&
 
 bool writeHistory(const std::filesystem::path& path, Array history) {
     const Value root(std::move(history));
-    auto error = writePropertyListFile(path, root, supportFolder());
-    if (error == std::errc::cross_device_link) error = writePropertyListFile(path, root);
+    const auto write = [&](const std::filesystem::path& temporaryFolder) {
+        return writePropertyListFile(path, root, temporaryFolder, PropertyListFormat::Binary);
+    };
+    auto error = write(supportFolder());
+    if (error == std::errc::cross_device_link) error = write({});
     return !error;
 }
 
@@ -193,9 +196,10 @@ bool saveInkReadingsForPrinterId(Dictionary inkDict, std::string_view printerId)
 }
 
 std::optional<Dictionary> lastLevelForPrinterId(std::string_view printerId) {
-    const Array history = readEntries(historyFile(printerId));
-    const auto* last = history.empty() ? nullptr : history.back().as<Dictionary>();
-    return last ? std::optional(*last) : std::nullopt;
+    const auto path = historyFile(printerId);
+    const auto last = path.empty() ? std::nullopt : readLastItemOfFile(path);
+    const auto* entry = last ? last->as<Dictionary>() : nullptr;
+    return entry ? std::optional(*entry) : std::nullopt;
 }
 
 void saveInkReadings(const Dictionary& inkDict, std::string_view printerId) {

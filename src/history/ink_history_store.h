@@ -11,7 +11,9 @@
 // no history. Files are replaced atomically and never trimmed. Symbolic links are followed; where
 // one leads to another file system, the temporary file lies beside the file it points to.
 //
-// Entries that are no dictionaries (of a file that was edited since) are kept as they are.
+// Histories are written in the binary format of property lists and read in either format, so an XML
+// one is converted when it next grows. Entries that are no dictionaries (of a file that was edited
+// since) are kept as they are.
 #pragma once
 
 #include <filesystem>

@@ -74,6 +74,29 @@ void appendUtf8(std::string& out, char32_t c) {
     }
 }
 
+constexpr char32_t kReplacement = 0xFFFD;
+
+bool isHighSurrogate(char32_t unit) {
+    return unit >= 0xD800 && unit < 0xDC00;
+}
+
+bool isLowSurrogate(char32_t unit) {
+    return unit >= 0xDC00 && unit < 0xE000;
+}
+
+void appendUtf16(std::u16string& out, char32_t c) {
+    if (c < 0x10000) {
+        out += static_cast<char16_t>(c);
+    } else {
+        out += static_cast<char16_t>(0xD800 | (c - 0x10000) >> 10);
+        out += static_cast<char16_t>(0xDC00 | (c & 0x3FF));
+    }
+}
+
+bool isPrintableAscii(char c) {
+    return c >= ' ' && c <= '~';
+}
+
 }  // namespace
 
 std::string cleanText(std::string_view text) {
@@ -87,6 +110,41 @@ std::string cleanText(std::string_view text) {
         reader.skip(c.length);
     }
     return clean;
+}
+
+std::string storableText(const std::string& text) {
+    if (std::ranges::all_of(text, isPrintableAscii)) return text;
+    std::string oneLine = text;
+    std::erase_if(oneLine, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
+    return cleanText(oneLine) == oneLine ? text : cleanText(text);
+}
+
+std::u16string utf16FromUtf8(std::string_view text) {
+    std::u16string units;
+    ByteReader reader(asBytes(text));
+    while (!reader.atEnd()) {
+        const Character c = firstCharacter(reader.rest());
+        if (c.length == 0) break;
+        appendUtf16(units, c.code);
+        reader.skip(c.length);
+    }
+    return units;
+}
+
+std::string utf8FromUtf16(std::u16string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t unit = text[i];
+        const char32_t next = i + 1 < text.size() ? text[i + 1] : U'\0';
+        if (isHighSurrogate(unit) && isLowSurrogate(next)) {
+            appendUtf8(bytes, 0x10000 + ((unit & 0x3FF) << 10 | (next & 0x3FF)));
+            ++i;
+        } else {
+            const bool isHalf = isHighSurrogate(unit) || isLowSurrogate(unit);
+            appendUtf8(bytes, isHalf ? kReplacement : unit);
+        }
+    }
+    return bytes;
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {

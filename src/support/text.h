@@ -13,6 +13,15 @@ namespace tintoral {
 // printers write it; a character cut in two by the end of the text is dropped.
 std::string cleanText(std::string_view text);
 
+// The text as property lists keep it: line breaks and tabs stay, and where it holds anything else
+// that cleanText() would drop, or is no valid UTF-8, it is cleaned of all that.
+std::string storableText(const std::string& text);
+
+// UTF-8 in UTF-16 and back. Bytes that are no valid UTF-8 are read as by cleanText(); half a
+// surrogate pair becomes U+FFFD.
+std::u16string utf16FromUtf8(std::string_view text);
+std::string utf8FromUtf16(std::u16string_view text);
+
 // ASCII letters compare without regard to case; all other bytes compare as they are.
 bool equalsIgnoringCase(std::string_view a, std::string_view b);
 bool startsWithIgnoringCase(std::string_view text, std::string_view prefix);
