@@ -61,10 +61,21 @@ Value flagFromNode(plist_t node) {
     return flag != 0;
 }
 
+// A date outside 1932 to 2069, which the library hands out in its binary format alone.
+Value distantDateFromNode(plist_t node) {
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(node, &bytes, &size);
+    const MallocPtr<char> owner(bytes);
+    return parseBinaryPropertyList({bytes, size}).value_or(Value(kLibraryEpoch));
+}
+
 Value dateFromNode(plist_t node) {
+    using Limits = std::numeric_limits<std::int32_t>;
     std::int32_t seconds = 0;
     std::int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
+    if (seconds == Limits::min() || seconds == Limits::max()) return distantDateFromNode(node);
     return kLibraryEpoch + std::chrono::seconds(seconds);
 }
 

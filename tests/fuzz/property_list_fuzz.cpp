@@ -10,7 +10,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const auto value = parsePropertyList(asText(Bytes(data, size)));
     if (!value) return 0;
     if (!parsePropertyList(formatPropertyList(*value))) std::abort();
-    const std::string binary = formatBinaryPropertyList(*value);
+    // Its texts have been made fit once it is read again.
+    const auto fit = parseBinaryPropertyList(formatBinaryPropertyList(*value));
+    if (!fit) std::abort();
+    const std::string binary = formatBinaryPropertyList(*fit);
     const auto again = parseBinaryPropertyList(binary);
     if (!again || formatBinaryPropertyList(*again) != binary) std::abort();
     const auto last = parseLastItem(asText(Bytes(data, size)));
