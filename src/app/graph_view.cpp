@@ -19,6 +19,8 @@ constexpr int kInitialPeriod = 1;  // 1.5 on a slider without steps, read as a w
 constexpr int kMinimumWidth = 400;
 constexpr int kPreferredWidth = 480;
 constexpr int kFontSize = 10;
+constexpr int kNoteFontSize = 13;
+constexpr int kNoteMargin = 8;
 constexpr int kEndSquare = 6;
 constexpr int kMonthLabelX = kChartLeft + 10;
 constexpr int kMonthLabelY = 2;
@@ -231,13 +233,17 @@ void GraphView::drawNames(QPainter& painter) const {
 }
 
 void GraphView::drawEmptyNote(QPainter& painter) const {
-    const QRectF frame(kChartLeft, kChartBottom, width() - kChartLeft, kChartTop - kChartBottom);
+    const QRect frame = geometry().rect(
+        QRectF(kChartLeft, kChartBottom, width() - kChartLeft, kChartTop - kChartBottom));
+    const QString note = QStringLiteral("No readings yet.\nEach update of the printer adds one.");
     QFont large = font();
-    large.setPixelSize(13);
+    large.setPixelSize(kNoteFontSize);
     painter.setFont(large);
+    const QRect text = painter.boundingRect(frame, Qt::AlignCenter | Qt::TextWordWrap, note);
+    painter.fillRect(text.adjusted(-kNoteMargin, -kNoteMargin, kNoteMargin, kNoteMargin),
+                     Qt::white);
     painter.setPen(Qt::darkGray);
-    painter.drawText(geometry().rect(frame), Qt::AlignCenter | Qt::TextWordWrap,
-                     QStringLiteral("No readings yet.\nEach update of the printer adds one."));
+    painter.drawText(frame, Qt::AlignCenter | Qt::TextWordWrap, note);
 }
 
 QString GraphView::hitText(const ChartHit& hit) const {

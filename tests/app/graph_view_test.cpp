@@ -70,7 +70,7 @@ TEST_F(GraphViewTest, DrawsTheAxesAlsoForAnEmptyHistory) {
     for (const auto& [x, y] : {std::pair(30, 20), {30, 240}, {399, 20}, {399, 240}, {200, 20}})
         EXPECT_EQ(at(x, y), kBlack) << x << ' ' << y;
     for (const auto& [x, y] :
-         {std::pair(28, 60), {396, 220}, {123, 16}, {123, 241}, {216, 100}, {300, 30}})
+         {std::pair(28, 60), {396, 220}, {123, 16}, {123, 241}, {216, 60}, {300, 30}})
         EXPECT_EQ(at(x, y), kGrey) << x << ' ' << y;
     for (const auto& [x, y] : {std::pair(25, 60),
                                {32, 60},
