@@ -75,6 +75,11 @@ void GraphView::setInkHistory(std::shared_ptr<const Array> inkHistory) {
     updateUI();
 }
 
+QColor GraphView::colorOf(std::string_view key) const {
+    const auto series = std::ranges::find(series_, key, &ChartSeries::key);
+    return chartColor(key, series == series_.end() ? std::string() : series->rgbColor);
+}
+
 void GraphView::monthPicked(int monthIndex) {
     monthIndex_ = monthIndex;
     updateUI();

@@ -8,6 +8,7 @@
 #include <QtGui/QImage>
 #include <QtWidgets/QWidget>
 #include <memory>
+#include <string_view>
 #include <vector>
 
 #include "app/view_geometry.h"
@@ -35,6 +36,9 @@ class GraphView : public QWidget {
 
     // The history that is shown, or null.
     const std::shared_ptr<const Array>& inkHistory() const { return inkHistory_; }
+
+    // The colour in which the ink of that key is drawn.
+    QColor colorOf(std::string_view key) const;
 
     // Paints the view at its present size; the painter's origin is the view's upper left corner.
     void paintTo(QPainter& painter) const;

@@ -6,13 +6,16 @@
 #include <QtCore/QLocale>
 #include <QtCore/QSaveFile>
 #include <QtGui/QClipboard>
+#include <QtGui/QPainter>
 #include <QtWidgets/QApplication>
 #include <QtWidgets/QFileDialog>
 #include <QtWidgets/QMessageBox>
 #include <algorithm>
 
+#include "app/graph3d_view.h"
 #include "history/history_csv.h"
 #include "history/ink_history_store.h"
+#include "history/monthly_levels.h"
 #include "support/text.h"
 #include "ui_InkHistory.h"
 
@@ -62,8 +65,6 @@ InkHistoryController::~InkHistoryController() = default;
 void InkHistoryController::awakeFromNib() {
     ui_ = std::make_unique<Ui::InkHistory>();
     ui_->setupUi(this);
-    // No page of the second tab is there yet.
-    ui_->tabs->setTabVisible(ui_->tabs->indexOf(ui_->graph3DPage), false);
     connectControls();
     prepareHistoryFolder();
     fillPopup();
@@ -79,6 +80,7 @@ void InkHistoryController::connectControls() {
     connect(ui_->periodSlider, &QSlider::valueChanged, this, &InkHistoryController::showPeriod);
     connect(ui_->printerNamePopup, &QComboBox::activated, this,
             &InkHistoryController::printerNamePopupSelected);
+    connect(ui_->tabs, &QTabWidget::currentChanged, this, &InkHistoryController::tabChosen);
     connect(ui_->okButton, &QPushButton::clicked, this, &InkHistoryController::okButtonPressed);
     connect(ui_->copyButton, &QPushButton::clicked, ui_->actionCopy, &QAction::trigger);
     connect(ui_->saveButton, &QPushButton::clicked, ui_->actionSave, &QAction::trigger);
@@ -142,7 +144,35 @@ void InkHistoryController::printerNamePopupSelected(int index) {
         history = inkHistory(printerId_);
     }
     ui_->graphview->setInkHistory(std::move(history));
+    if (myGLView_) show3D();
     enableActions();
+}
+
+void InkHistoryController::tabChosen() {
+    if (myGLView_ || ui_->tabs->currentWidget() != ui_->graph3DPage) return;
+    myGLView_ = std::make_unique<Graph3DView>();
+    ui_->graph3DLayout->addWidget(myGLView_.get());
+    show3D();
+}
+
+void InkHistoryController::show3D() {
+    const auto& history = ui_->graphview->inkHistory();
+    std::vector<QColor> colors;
+    for (const std::string& ink :
+         history ? monthlyLevels(*history).inks : std::vector<std::string>())
+        colors.push_back(ui_->graphview->colorOf(ink));
+    myGLView_->setInkHistory(history, std::move(colors));
+}
+
+// Of the tab that is shown.
+QImage InkHistoryController::shownPicture() const {
+    if (ui_->tabs->currentWidget() == ui_->chartPage) return ui_->graphview->picture();
+    const qreal ratio = devicePixelRatioF();
+    QImage image((QSizeF(myGLView_->size()) * ratio).toSize(), QImage::Format_RGB32);
+    image.setDevicePixelRatio(ratio);
+    QPainter painter(&image);
+    myGLView_->paintTo(painter);
+    return image;
 }
 
 void InkHistoryController::showWindow() {
@@ -157,7 +187,7 @@ void InkHistoryController::okButtonPressed() {
 }
 
 void InkHistoryController::copyPicture() {
-    QApplication::clipboard()->setImage(ui_->graphview->picture());
+    QApplication::clipboard()->setImage(shownPicture());
 }
 
 void InkHistoryController::savePicture() {
@@ -179,7 +209,7 @@ QString InkHistoryController::askForFile(const QString& title, const QString& en
 
 bool InkHistoryController::savePictureTo(const QString& path) {
     QBuffer png;
-    ui_->graphview->picture().save(&png, "PNG");
+    shownPicture().save(&png, "PNG");
     return writeFile(path, png.data());
 }
 

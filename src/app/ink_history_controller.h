@@ -1,5 +1,5 @@
 // The ink history window: the printers that have a history, and the chosen one's readings as a
-// chart.
+// chart of lines and, on a second tab, in three dimensions.
 //
 // It lives for the whole run, and its widgets are made when it is first shown. A reading is stored
 // through it, so that the open window always shows the last one.
@@ -16,7 +16,11 @@ namespace Ui {
 class InkHistory;
 }
 
+class QImage;
+
 namespace tintoral {
+
+class Graph3DView;
 
 class InkHistoryController : public QDialog {
     Q_OBJECT
@@ -39,8 +43,8 @@ class InkHistoryController : public QDialog {
     // the pop-up without a choice and the chart empty.
     void selectHistoryFor(const std::string& printerId);
 
-    // Write the chart as PNG, the history as CSV. False, with a message to the person, when that
-    // fails; an existing file is replaced whole or left as it was.
+    // Write the picture that is shown as PNG, the history as CSV. False, with a message to the
+    // person, when that fails; an existing file is replaced whole or left as it was.
     bool savePictureTo(const QString& path);
     bool exportReadingsTo(const QString& path);
 
@@ -58,11 +62,15 @@ class InkHistoryController : public QDialog {
     void showChosen();
     void showPeriod(int periodSteps);
     void enableActions();
+    void tabChosen();
+    void show3D();
+    QImage shownPicture() const;
     QString askForFile(const QString& title, const QString& ending);
     bool writeFile(const QString& path, const QByteArray& content);
 
-    std::unique_ptr<Ui::InkHistory> ui_;  // null until the window is first shown
-    std::string printerId_;               // whose history was last stored or chosen; empty for none
+    std::unique_ptr<Ui::InkHistory> ui_;     // null until the window is first shown
+    std::unique_ptr<Graph3DView> myGLView_;  // made when its tab is first shown
+    std::string printerId_;  // whose history was last stored or chosen; empty for none
 };
 
 }  // namespace tintoral

@@ -12,8 +12,10 @@
 #include <QtWidgets/QPushButton>
 #include <QtWidgets/QSlider>
 #include <QtWidgets/QSpinBox>
+#include <QtWidgets/QTabWidget>
 #include <optional>
 
+#include "app/graph3d_view.h"
 #include "app/graph_view.h"
 #include "app/ink_history_controller.h"
 #include "history/history_csv.h"
@@ -121,6 +123,21 @@ TEST_F(HistoryWindow, TheMonthIsSteppedOrTypedAndThePeriodSlid) {
     }
     QTest::keyClick(&find<QSlider>("periodSlider"), Qt::Key_End);
     EXPECT_EQ(view().scale().xScale, 19);
+}
+
+TEST_F(HistoryWindow, TheThirdDimensionIsMadeWhenItIsFirstShown) {
+    window_.saveInkReadingsForPrinterId(reading(50), "B");
+    window_.showWindow();
+    EXPECT_FALSE(window_.findChild<Graph3DView*>());
+    find<QTabWidget>("tabs").setCurrentIndex(1);
+    QCoreApplication::processEvents();
+    const auto* view = window_.findChild<Graph3DView*>();
+    ASSERT_TRUE(view && view->isVisible());
+    EXPECT_TRUE(view->frame());
+    QTest::mouseClick(&find<QPushButton>("copyButton"), Qt::LeftButton);
+    EXPECT_EQ(QApplication::clipboard()->image().size(), view->size());
+    window_.selectHistoryFor("never updated");
+    EXPECT_FALSE(view->frame()) << "both views show the same history";
 }
 
 TEST_F(HistoryWindow, HandsOutPictureAndReadings) {
