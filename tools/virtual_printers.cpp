@@ -8,6 +8,8 @@
 #include <vector>
 
 #include "support/tcp_peer.h"
+#include "support/virtual_base_station.h"
+#include "support/virtual_bjnp_printer.h"
 #include "support/virtual_canon.h"
 #include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
@@ -16,6 +18,9 @@ namespace tintoral::test {
 namespace {
 
 constexpr std::uint16_t kRawPort = 9100;
+constexpr const char* kBjnpAddress = "127.0.1.19";
+constexpr const char* kStationAddress = "::1";
+constexpr std::uint16_t kStationPort = 10000;
 
 EpsonSetup withReply(int variant, EpsonReply reply, std::vector<EpsonInk> inks) {
     EpsonSetup setup;
@@ -77,6 +82,22 @@ std::vector<Place> places() {
     };
 }
 
+// A base station that shares an Epson printer, as a TCP peer.
+TcpScript baseStation(std::vector<EpsonInk> inks) {
+    auto printer =
+        std::make_shared<VirtualEpson>(withReply(2, EpsonReply::Binary, std::move(inks)));
+    BaseStationSetup setup;
+    setup.printer = [printer](Bytes bytes) { return Transfers{printer->onReceive(bytes)}; };
+    return printerWith<VirtualBaseStation>(std::move(setup));
+}
+
+BjnpSetup bjnp() {
+    BjnpSetup setup;
+    setup.deviceID = "MFG:Canon;CMD:BJL,BJRaster3,BSCCe;MDL:MP640 series;CLS:PRINTER;";
+    setup.status = "BST:00;CIR:PBK=71,BK=46,M=28,C=90,Y=63;DWS:NO;";
+    return setup;
+}
+
 // SIGTERM and SIGINT, held back in every thread and waited for in the first one.
 sigset_t endingSignals() {
     sigset_t signals;
@@ -93,7 +114,12 @@ int main() {
     using namespace tintoral::test;
     const sigset_t ending = endingSignals();
     pthread_sigmask(SIG_BLOCK, &ending, nullptr);
+    const VirtualBjnpPrinter canon(kBjnpAddress, bjnp());
     std::deque<TcpPeer> peers;
+    peers.emplace_back(kStationAddress, kStationPort,
+                       baseStation({{0, 34}, {1, 76}, {2, 51}, {3, 87}}));
+    std::printf("%s: Canon MP640 series, BJNP\n%s port %d: base station with an Epson Stylus C86\n",
+                kBjnpAddress, kStationAddress, kStationPort);
     for (const Place& place : places()) {
         peers.emplace_back(place.address, kRawPort, place.printer);
         std::printf("%s port %d: %s\n", place.address, kRawPort, place.model);

@@ -20,6 +20,7 @@ void reportNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&) 
 extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, char** argv) {
     QCoreApplication::setApplicationName(QStringLiteral("Tintoral"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TINTORAL_VERSION));
+    QGuiApplication::setDesktopFileName(QStringLiteral(TINTORAL_APP_ID));
     const QtMessageHandler usual = qInstallMessageHandler(reportNoDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -16,14 +17,12 @@ namespace tintoral {
 namespace {
 
 constexpr char kUsage[] =
-    "tintoral: the ink levels of your printers\n"
-    "\n"
-    "  tintoral              opens the window\n"
-    "  tintoral JOB USER TITLE COPIES OPTIONS [FILE]\n"
-    "                        runs as a CUPS command filter: reads Clean, PrintSelfTestPage\n"
-    "                        and ReportLevels, a line each, from FILE or standard input\n"
-    "  tintoral --version    prints the version\n"
-    "  tintoral --help       prints this text\n";
+    "usage: tintoral              opens the window on the ink levels of your printers\n"
+    "       tintoral JOB USER TITLE COPIES OPTIONS [FILE]\n"
+    "                             runs as a CUPS command filter: reads Clean, PrintSelfTestPage\n"
+    "                             and ReportLevels, a line each, from FILE or standard input\n"
+    "       tintoral --version    prints the version\n"
+    "       tintoral --help       prints this text\n";
 
 struct Option {
     std::string_view name;
@@ -32,14 +31,36 @@ struct Option {
 
 constexpr Option kOptions[] = {
     {"--help", kUsage},
-    {"--version", "tintoral " TINTORAL_VERSION "\n"},
+    {"--version", "Tintoral " TINTORAL_VERSION "\n"},
 };
 
-bool answered(std::string_view argument) {
-    const auto* option = std::ranges::find(kOptions, argument, &Option::name);
-    if (option == std::end(kOptions)) return false;
-    std::fputs(option->text, stdout);
-    return true;
+// Options that the toolkit takes out of the window's arguments, with one dash or two and the value
+// as the next argument, of some after "=". A session manager starts us with "session".
+constexpr std::string_view kToolkitOptions[] = {
+    "display", "geometry", "name", "platform", "qwindowgeometry", "session", "style", "stylesheet"};
+
+bool isForToolkit(std::string_view argument) {
+    argument.remove_prefix(argument.starts_with("--") ? 2 : 1);
+    return std::ranges::count(kToolkitOptions, argument.substr(0, argument.find('='))) > 0;
+}
+
+constexpr int kUsageError = 2;
+
+int refuse(std::string_view argument) {
+    reportLine("unknown option '" + std::string(argument) + "'; 'tintoral --help' has the usage");
+    return kUsageError;
+}
+
+// The exit status when one of the arguments is an option that ends the program.
+std::optional<int> answerOptions(std::span<char* const> arguments) {
+    for (const std::string_view argument : arguments) {
+        if (!argument.starts_with('-') || isForToolkit(argument)) continue;
+        const auto* option = std::ranges::find(kOptions, argument, &Option::name);
+        if (option == std::end(kOptions)) return refuse(argument);
+        std::fputs(option->text, stdout);
+        return 0;
+    }
+    return std::nullopt;
 }
 
 bool isSet(const char* variable) {
@@ -83,9 +104,10 @@ int openWindow(int argc, char** argv) {
 }  // namespace
 
 int startWindow(int argc, char** argv) {
-    const std::span<char*> arguments(argv, static_cast<std::size_t>(argc));
-    if (std::ranges::any_of(arguments, answered)) return 0;
-    return openWindow(argc, argv);
+    const std::span arguments(argv, static_cast<std::size_t>(argc));
+    const auto status =
+        answerOptions(arguments.subspan(std::min<std::size_t>(arguments.size(), 1)));
+    return status ? *status : openWindow(argc, argv);
 }
 
 }  // namespace tintoral

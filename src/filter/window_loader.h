@@ -11,8 +11,9 @@
 
 namespace tintoral {
 
-// Answers "--help" and "--version" on standard output, or else opens the window. Result: the exit
-// status.
+// Answers "--help" and "--version" on standard output, or else opens the window; the first of them
+// counts. An option that neither the program nor the toolkit knows is one line on standard error
+// and status 2, before anything is loaded. Result: the exit status.
 //
 // Without a display (none of DISPLAY, WAYLAND_DISPLAY and QT_QPA_PLATFORM is set) the module is not
 // even loaded, since the toolkit aborts then; without a usable module there is nothing to call.

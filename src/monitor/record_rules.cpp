@@ -3,6 +3,7 @@
 #include <array>
 
 #include "transport/net/raw_port.h"
+#include "transport/net/riousb_ink_status.h"
 #include "transport/usb/usb_ink_status.h"
 
 namespace tintoral {
@@ -95,11 +96,11 @@ bool levelsAreStale(const PrinterRecord& printer, Date now) {
 
 void sendMaintenance(const PrinterRecord& printer, int option) {
     const std::string serverType = printer.text(keys::serverType);
-    const bool networked =
-        serverType == server_types::airPort || serverType == server_types::network;
-    if (serverType == server_types::usb) usbNozzleOptions(printer, option);
-    if (networked && printer.text(keys::kind).starts_with("por"))
-        port9100NozzleOptions(printer, option);
+    if (serverType == server_types::usb) return usbNozzleOptions(printer, option);
+    if (serverType != server_types::airPort && serverType != server_types::network) return;
+    const std::string kind = printer.text(keys::kind);
+    if (kind.starts_with("rio")) riousbNozzleOptions(printer, option);
+    if (kind.starts_with("por")) port9100NozzleOptions(printer, option);
 }
 
 }  // namespace tintoral

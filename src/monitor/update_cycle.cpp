@@ -3,11 +3,13 @@
 #include <array>
 #include <string>
 
+#include "netproto/record_bjnp.h"
 #include "netproto/record_ipp.h"
 #include "netproto/record_supplies.h"
 #include "records/ink_dict.h"
 #include "support/text.h"
 #include "transport/net/raw_port.h"
+#include "transport/net/riousb_ink_status.h"
 #include "transport/usb/usb_ink_status.h"
 #include "vendors/hp.h"
 
@@ -46,21 +48,16 @@ int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& 
                 : port9100GetInkStatus(printer, inks, status);
 }
 
-// Base stations and BJNP: no printer is reached these ways in this version.
-int notReachedYet(PrinterRecord&, InkQuantities&, BoundedText&) {
-    return kUnreachable;
-}
-
 constexpr std::array kDispatchTable{
     DispatchRow{server_types::usb, "", false, USBGetInkStatus},
-    DispatchRow{server_types::airPort, "rio", true, notReachedYet},
+    DispatchRow{server_types::airPort, "rio", true, riousbGetInkStatus},
     DispatchRow{server_types::airPort, "por", true, askAirPortRawPort},
     DispatchRow{server_types::airPort, "lpd", true, askAirPortLpd},
     DispatchRow{server_types::airPort, "", true,
                 [](PrinterRecord&, InkQuantities&, BoundedText&) { return 0; }},
-    DispatchRow{server_types::network, "rio", false, notReachedYet},
+    DispatchRow{server_types::network, "rio", false, riousbGetInkStatus},
     DispatchRow{server_types::network, "por", false, askNetworkRawPort},
-    DispatchRow{server_types::network, "bjn", false, notReachedYet},
+    DispatchRow{server_types::network, "bjn", false, inkStatusOfRecordByBjnp},
     DispatchRow{server_types::network, "lpd", false, askPrinterMib},
     DispatchRow{server_types::network, "ipp", false, askPrinterMib},
     DispatchRow{server_types::macCups14, "", true, inkStatusOfRecordByIpp},

@@ -38,8 +38,8 @@ class FilterProcessTest : public testing::Test {
                 readFile(folder_ / "err")};
     }
 
-    void expectOneLine(const Ended& ended, const std::string& part) {
-        EXPECT_EQ(ended.status, 1);
+    void expectOneLine(const Ended& ended, const std::string& part, int status = 1) {
+        EXPECT_EQ(ended.status, status);
         EXPECT_EQ(ended.output, "");
         EXPECT_EQ(std::ranges::count(ended.errors, '\n'), 1) << ended.errors;
         EXPECT_NE(ended.errors.find(part), std::string::npos) << ended.errors;
@@ -67,9 +67,18 @@ TEST_F(FilterProcessTest, TheModuleGetsTheArguments) {
 TEST_F(FilterProcessTest, HelpAndVersionNeedNoDisplay) {
     const Ended version = run("", "--version");
     EXPECT_EQ(version.status, 0);
-    EXPECT_EQ(version.output, "tintoral " TINTORAL_VERSION "\n");
+    EXPECT_EQ(version.output, "Tintoral " TINTORAL_VERSION "\n");
     EXPECT_NE(run("", "--help").output.find("CUPS command filter"), std::string::npos);
     EXPECT_EQ(run("", "1 2 3 4 --help < /dev/null").output, "");  // a filter has no options
+}
+
+TEST_F(FilterProcessTest, OptionsOfNobodyAreRefusedBeforeAnythingIsLoaded) {
+    for (const char* unknown : {"-x", "--bogus", "x -", "--helpful", "--stylish --version"}) {
+        expectOneLine(run("DISPLAY=:0", unknown), "unknown option '", 2);
+    }
+    for (const char* known : {"-session 1_2", "--platform offscreen", "-style=fusion"}) {
+        expectOneLine(run("", known), "no display");
+    }
 }
 
 // The first ReportLevels complains about a model table that cannot be used: so the stream was read.
