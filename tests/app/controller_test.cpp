@@ -44,7 +44,7 @@ class MainWindow : public testing::Test {
     }
 
     static PrinterRecordPtr printerAt(const std::string& host) {
-        return makeAddressedRecord({host, Connection::RawPort, 9100, "EPSON Stylus C84"});
+        return makeAddressedRecord({host, Connection::RawPort, 9100, "EPSON Stylus C64"});
     }
 
     void choose(const PrinterRecordPtr& printer) {
