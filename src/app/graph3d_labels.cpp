@@ -7,7 +7,7 @@
 namespace tintoral {
 namespace {
 
-constexpr double kGap = 7;  // pixels between an edge and its labels
+constexpr double kGap = 7;              // pixels between an edge and its labels
 constexpr double kPadding = 8;          // between the labels and the rim of the view
 constexpr double kClearance = 3;        // between two labels
 constexpr double kMostInkWidth = 0.24;  // of the view, for a name; longer ones are cut
