@@ -1,5 +1,5 @@
-// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`. It works
-// on the settings and histories of $HOME through the program's own code.
+// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`,
+// `readings ID`. It works on the settings and histories of $HOME through the program's own code.
 #include <cstdio>
 #include <cstring>
 #include <string>
@@ -140,13 +140,20 @@ int levels() {
     return 0;
 }
 
+int readings(std::string_view id) {
+    const auto history = inkHistory(id);
+    std::printf("%zu\n", history ? history->size() : 0);
+    return 0;
+}
+
 int run(int argc, char** argv) {
     const std::string_view command = argc > 1 ? argv[1] : "";
     if (command == "seed") return seed();
     if (command == "list") return list();
     if (command == "select" && argc == 3) return select(argv[2]);
     if (command == "levels") return levels();
-    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels\n", stderr);
+    if (command == "readings" && argc == 3) return readings(argv[2]);
+    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels | readings ID\n", stderr);
     return 2;
 }
 

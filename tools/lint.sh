@@ -4,7 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1
 shift
-mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files 'src/*.cpp' 'src/*.h' 'tests/*.cpp' \
+mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files 'src/*.cpp' 'src/*.h' 'bench/*.cpp' 'tests/*.cpp' \
     'tests/*.h' 'tools/*.cpp' 'tools/*.h'; fi)
 
 echo "Formatting of ${#files[@]} files"
@@ -13,7 +13,8 @@ clang-format-14 --dry-run --Werror "${files[@]}"
 echo "Layers"
 tools/layers.py
 
-mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$')
+# The benchmarks are not part of an ordinary build.
+mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$' | grep -v '^bench/')
 echo "clang-tidy on ${#sources[@]} sources"
 printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet \
     --header-filter "^$PWD/(src|tests|tools)/" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter' >&2)

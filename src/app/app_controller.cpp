@@ -12,6 +12,7 @@
 #include <algorithm>
 
 #include "app/dock_icon.h"
+#include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
@@ -78,6 +79,7 @@ void AppController::awakeFromNib() {
     observeNotifications();
     fillPopup();
     prepareHistoryFolder();
+    historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
     restoreLastLevels();
     iconPathTable_ = makeIconPathTable();
     dockIcon_ = std::make_unique<QSystemTrayIcon>();
@@ -130,7 +132,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
-    whenTriggered(ui_->actionInkHistory, &AppController::notInThisVersion);
+    whenTriggered(ui_->actionInkHistory, &AppController::showInkHistory);
     whenTriggered(ui_->actionDiagnose, &AppController::notInThisVersion);
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
@@ -158,7 +160,7 @@ void AppController::fillPopup() {
 
 void AppController::restoreLastLevels() {
     if (!printerDict_) return;
-    if (auto last = lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
+    if (auto last = historyWindow_->lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
         printerDict_->set(keys::inkDict, *std::move(last));
     } else {
         printerDict_->remove(keys::inkDict);
@@ -215,8 +217,8 @@ void AppController::updateButtonPressed() {
     if (!printerDict_) return;
     const WaitCursor waiting;
     if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
-        saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
-                                    printerDict_->text(keys::printerId));
+        historyWindow_->saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
+                                                    printerDict_->text(keys::printerId));
         storePrinterTable();
     }
     updateUI();
@@ -329,6 +331,11 @@ void AppController::showSelectionWindow() {
 
 void AppController::addByAddress() {
     browserWindow().addByAddressPressed();
+}
+
+void AppController::showInkHistory() {
+    if (printerDict_) historyWindow_->selectHistoryFor(printerDict_->text(keys::printerId));
+    historyWindow_->showWindow();
 }
 
 void AppController::openProductPage() {

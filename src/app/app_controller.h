@@ -28,6 +28,8 @@ class MainWindow;
 
 namespace tintoral {
 
+class InkHistoryController;
+
 class AppController : public QObject {
     Q_OBJECT
 
@@ -55,6 +57,7 @@ class AppController : public QObject {
     void useModelIconMenuSelected();
     void showSelectionWindow();
     void addByAddress();
+    void showInkHistory();
     void showAboutPanel();
     void openProductPage();
 
@@ -95,6 +98,7 @@ class AppController : public QObject {
     std::unique_ptr<QSystemTrayIcon> dockIcon_;
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
+    std::unique_ptr<InkHistoryController> historyWindow_;
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;

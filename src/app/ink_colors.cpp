@@ -11,6 +11,7 @@ namespace {
 struct Paint {
     float red, green, blue;
     bool isWhite = false;
+    float alpha = 1;
 };
 
 constexpr Paint kBlack{0, 0, 0, true};
@@ -43,8 +44,54 @@ constexpr std::array kPaints{
     PaintOfID{141, kPurple},
 };
 
+struct PaintOfName {
+    std::string_view name;
+    Paint paint;
+};
+
+// The charts go by whole names, and their light inks are paler than those of the bars.
+constexpr std::array kChartPaints{
+    PaintOfName{"Black", kBlack},
+    PaintOfName{"Matte Black", kBlack},
+    PaintOfName{"Photo Black", kBlack},
+    PaintOfName{"CMY Color", kCyan},
+    PaintOfName{"Cyan", kCyan},
+    PaintOfName{"KCMY Color", kCyan},
+    PaintOfName{"LCMY Color", kCyan},
+    PaintOfName{"Yellow and Magenta", kCyan},
+    PaintOfName{"Cyan and Black", kCyan},
+    PaintOfName{"Magenta", kMagenta},
+    PaintOfName{"Yellow", kYellow},
+    PaintOfName{"Light Cyan", {0.7F, 1, 1}},
+    PaintOfName{"Light Magenta", {1, 0.7F, 1}},
+    PaintOfName{"Light Yellow", {1, 1, 0.7F}},
+    PaintOfName{"Light Black", kDarkGrey},
+    PaintOfName{"Blue", kBlue},
+    PaintOfName{"LightGray & PhotoBlack", kLightGrey},
+    PaintOfName{"LightGrey & PhotoBlack", kLightGrey},
+    PaintOfName{"Light Gray", kLightGrey},
+    PaintOfName{"Light Grey", kLightGrey},
+    PaintOfName{"Medium Gray", kLightGrey},
+    PaintOfName{"Medium Grey", kLightGrey},
+    PaintOfName{"Photo Gray", kLightGrey},
+    PaintOfName{"Photo Grey", kLightGrey},
+    PaintOfName{"Gray", kLightGrey},
+    PaintOfName{"Grey", kLightGrey},
+    PaintOfName{"White", kLightGrey},
+    PaintOfName{"Gloss Optimizer", kLightGrey},
+    PaintOfName{"Light Light Black", kLightGrey},
+    PaintOfName{"Red", kRed},
+    PaintOfName{"Dark Yellow", {1, 1, 0, false, 0.9F}},
+    PaintOfName{"Violet", kPurple},
+    PaintOfName{"Green", kGreen},
+};
+
+QColor colorOf(const Paint& paint) {
+    return QColor::fromRgbF(paint.red, paint.green, paint.blue, paint.alpha);
+}
+
 InkColor inkOf(const Paint& paint) {
-    return {QColor::fromRgbF(paint.red, paint.green, paint.blue), paint.isWhite};
+    return {colorOf(paint), paint.isWhite};
 }
 
 }  // namespace
@@ -64,6 +111,15 @@ InkColor nscolorByColorID(int id, Picture picture) {
 InkColor colorByRGBColor(std::string_view code) {
     const auto [red, green, blue] = rgbColorByColor(code);
     return {QColor::fromRgbF(red, green, blue)};
+}
+
+QColor nscolorByColorName(std::string_view name) {
+    const auto found = std::ranges::find(kChartPaints, name, &PaintOfName::name);
+    return colorOf(found == kChartPaints.end() ? kBlue : found->paint);
+}
+
+QColor chartColor(std::string_view name, std::string_view rgbColor) {
+    return rgbColor.starts_with('#') ? colorByRGBColor(rgbColor).color : nscolorByColorName(name);
 }
 
 }  // namespace tintoral

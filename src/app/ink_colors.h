@@ -31,4 +31,12 @@ InkColor nscolorByColorID(int id, Picture picture);
 // meant. A missing digit counts as 0. A grey made in this way is shaded like any other RGB colour.
 InkColor colorByRGBColor(std::string_view code);
 
+// The colour of an ink's line in a chart on white, by its whole name, in which case counts; blue
+// for any other name. White inks are light grey, as meant: their line stays visible.
+QColor nscolorByColorName(std::string_view name);
+
+// The same for an ink of which a printer may have reported a "#RRGGBB" text: that, where it is one
+// (some report words such as "none"), else the name.
+QColor chartColor(std::string_view name, std::string_view rgbColor);
+
 }  // namespace tintoral

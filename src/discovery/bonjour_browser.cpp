@@ -64,7 +64,8 @@ void BonjourBrowser::handleRemoved(const Announcement& announcement) {
     }
 }
 
-// Done before anybody is told, who may take a while and let other things happen.
+// The service is forgotten before anybody is told: who is told may run the main loop meanwhile, and
+// the service may be back after that.
 void BonjourBrowser::withdraw(const ServiceId& id) {
     services_.erase(id);
     queue_.remove(id);

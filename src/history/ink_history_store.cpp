@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::string_view kSupportFolder = "library/Application Support";
 constexpr std::string_view kHistoryFolder = "Tintoral";
+constexpr std::string_view kNoHistory = ".DS_Store";
 constexpr std::string_view kDamagedFolder = "Tintoral damaged";
 
 std::filesystem::path supportFolder() {
@@ -57,8 +58,11 @@ bool keepHistoryAside(const std::filesystem::path& path, const PropertyListFile&
 
 bool writeHistory(const std::filesystem::path& path, Array history) {
     const Value root(std::move(history));
-    auto error = writePropertyListFile(path, root, supportFolder());
-    if (error == std::errc::cross_device_link) error = writePropertyListFile(path, root);
+    const auto write = [&](const std::filesystem::path& temporaryFolder) {
+        return writePropertyListFile(path, root, temporaryFolder, PropertyListFormat::Binary);
+    };
+    auto error = write(supportFolder());
+    if (error == std::errc::cross_device_link) error = write({});
     return !error;
 }
 
@@ -149,6 +153,24 @@ void prepareHistoryFolder() {
     if (!folder.empty()) makeFolders(folder);
 }
 
+std::vector<std::string> printersWithHistory() {
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(historyFolder(), error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        names.push_back(entry->path().filename().string());
+    }
+    std::erase(names, kNoHistory);
+    return names;
+}
+
+std::shared_ptr<const Array> inkHistory(std::string_view printerId) {
+    const auto path = historyFile(printerId);
+    PropertyListFile file = path.empty() ? PropertyListFile() : readPropertyListFile(path);
+    auto* entries = file.root.as<Array>();
+    return entries ? std::make_shared<const Array>(std::move(*entries)) : nullptr;
+}
+
 void addReading(Array& history, Dictionary inkDict, Date now) {
     if (Dictionary* last = endOfEqualRun(history, inkDict)) {
         last->set(keys::date, now);
@@ -174,9 +196,10 @@ bool saveInkReadingsForPrinterId(Dictionary inkDict, std::string_view printerId)
 }
 
 std::optional<Dictionary> lastLevelForPrinterId(std::string_view printerId) {
-    const Array history = readEntries(historyFile(printerId));
-    const auto* last = history.empty() ? nullptr : history.back().as<Dictionary>();
-    return last ? std::optional(*last) : std::nullopt;
+    const auto path = historyFile(printerId);
+    const auto last = path.empty() ? std::nullopt : readLastItemOfFile(path);
+    const auto* entry = last ? last->as<Dictionary>() : nullptr;
+    return entry ? std::optional(*entry) : std::nullopt;
 }
 
 void saveInkReadings(const Dictionary& inkDict, std::string_view printerId) {

@@ -5,18 +5,23 @@
 //   is ID
 //   ~/library/Application Support/Tintoral damaged/   histories that could not be read, kept aside
 //
-// Everything in the middle folder counts as a printer with a history, so nothing else is ever put
-// there, not even by a crash. No folder is made out of a printer's name: an id that is no plain
-// file name (empty, ".", "..", with a slash or a NUL, longer than 255 bytes) has no history. Files
-// are replaced atomically and never trimmed. Symbolic links are followed; where one leads to
-// another file system, the temporary file lies beside the file it points to.
+// Everything in the middle folder but ".DS_Store" counts as a printer with a history, so nothing
+// else is ever put there, not even by a crash. No folder is made out of a printer's name: an id
+// that is no plain file name (empty, ".", "..", with a slash or a NUL, longer than 255 bytes) has
+// no history. Files are replaced atomically and never trimmed. Symbolic links are followed; where
+// one leads to another file system, the temporary file lies beside the file it points to.
 //
-// Entries that are no dictionaries (of a file that was edited since) are kept as they are.
+// Histories are written in the binary format of property lists and read in either format, so an XML
+// one is converted when it next grows. Entries that are no dictionaries (of a file that was edited
+// since) are kept as they are.
 #pragma once
 
 #include <filesystem>
+#include <memory>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "support/property_list.h"
 
@@ -28,6 +33,12 @@ std::filesystem::path historyFolder();
 // Makes the folder and its parents below the home folder; nothing else makes them. No error when
 // that cannot be done: readings are then not stored.
 void prepareHistoryFolder();
+
+// The raw names of all that counts as a history, in no order.
+std::vector<std::string> printersWithHistory();
+
+// A printer's history; null when there is none that can be read.
+std::shared_ptr<const Array> inkHistory(std::string_view printerId);
 
 // Stores one update. A history that is damaged, of the wrong root type or unreadable is kept aside,
 // with one line on standard error, and a new one begins. False when nothing was stored: no plain

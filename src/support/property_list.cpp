@@ -7,6 +7,7 @@
 #include <limits>
 #include <memory>
 
+#include "support/binary_property_list.h"
 #include "support/file_read.h"
 #include "support/file_replace.h"
 #include "support/folders.h"
@@ -16,7 +17,6 @@
 namespace tintoral {
 namespace {
 
-constexpr int kMaximumDepth = 64;
 constexpr std::size_t kMaximumFileSize = 64 << 20;
 constexpr Date kLibraryEpoch = std::chrono::sys_days{std::chrono::year{2001} / 1 / 1};
 
@@ -61,10 +61,21 @@ Value flagFromNode(plist_t node) {
     return flag != 0;
 }
 
+// A date outside 1932 to 2069, which the library hands out in its binary format alone.
+Value distantDateFromNode(plist_t node) {
+    char* bytes = nullptr;
+    std::uint32_t size = 0;
+    plist_to_bin(node, &bytes, &size);
+    const MallocPtr<char> owner(bytes);
+    return parseBinaryPropertyList({bytes, size}).value_or(Value(kLibraryEpoch));
+}
+
 Value dateFromNode(plist_t node) {
+    using Limits = std::numeric_limits<std::int32_t>;
     std::int32_t seconds = 0;
     std::int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
+    if (seconds == Limits::min() || seconds == Limits::max()) return distantDateFromNode(node);
     return kLibraryEpoch + std::chrono::seconds(seconds);
 }
 
@@ -125,17 +136,9 @@ Value fromNode(plist_t node) {
     }
 }
 
-// Line breaks and tabs are allowed in XML; anything else that cleanText() would drop is not worth
-// keeping.
-std::string fitForXml(const std::string& text) {
-    std::string oneLine = text;
-    std::erase_if(oneLine, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
-    return cleanText(oneLine) == oneLine ? text : cleanText(text);
-}
-
 struct NodeBuilder {
     plist_t operator()(const std::string& text) const {
-        return plist_new_string(fitForXml(text).c_str());
+        return plist_new_string(storableText(text).c_str());
     }
 #ifdef TINTORAL_PLIST_HAS_SIGNED_INTEGERS
     plist_t operator()(std::int64_t number) const {
@@ -171,11 +174,20 @@ struct NodeBuilder {
     plist_t operator()(const Dictionary& dictionary) const {
         plist_t node = plist_new_dict();
         for (const auto& [key, value] : dictionary) {
-            plist_dict_set_item(node, fitForXml(key).c_str(), std::visit(*this, value.storage()));
+            plist_dict_set_item(node, storableText(key).c_str(),
+                                std::visit(*this, value.storage()));
         }
         return node;
     }
 };
+
+std::optional<Value> parseXml(std::string_view xml) {
+    if (!nestsWithin(xml, kPropertyListLevels)) return std::nullopt;
+    plist_t root = nullptr;
+    plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
+    const PlistPtr owner(root);
+    return root ? std::optional(fromNode(root)) : std::nullopt;
+}
 
 PropertyListFile failure(FileState state, const std::filesystem::path& path, std::string_view why) {
     return {state, {}, path.string() + ": " + std::string(why)};
@@ -187,6 +199,8 @@ Dictionary::Dictionary(std::initializer_list<Entry> entries)
     : Dictionary(std::vector<Entry>(entries)) {}
 
 Dictionary::Dictionary(std::vector<Entry> entries) : entries_(std::move(entries)) {
+    const auto notLess = [](const Entry& a, const Entry& b) { return a.first >= b.first; };
+    if (std::ranges::adjacent_find(entries_, notLess) == entries_.end()) return;  // as files are
     std::ranges::reverse(entries_);  // so that the last of equal keys is the one that stays
     std::ranges::stable_sort(entries_, keyLess);
     const auto sameKey = [](const Entry& a, const Entry& b) { return a.first == b.first; };
@@ -274,12 +288,15 @@ bool operator==(const Dictionary& a, const Dictionary& b) {
 
 Value::Value(const std::vector<std::string>& texts) : storage_(Array(texts.begin(), texts.end())) {}
 
-std::optional<Value> parsePropertyList(std::string_view xml) {
-    if (!nestsWithin(xml, kMaximumDepth)) return std::nullopt;
-    plist_t root = nullptr;
-    plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
-    const PlistPtr owner(root);
-    return root ? std::optional(fromNode(root)) : std::nullopt;
+std::optional<Value> parsePropertyList(std::string_view content) {
+    return isBinaryPropertyList(content) ? parseBinaryPropertyList(content) : parseXml(content);
+}
+
+std::optional<Value> parseLastItem(std::string_view content) {
+    if (isBinaryPropertyList(content)) return parseLastItemOfBinary(content);
+    auto root = parseXml(content);
+    auto* items = root ? root->as<Array>() : nullptr;
+    return items && !items->empty() ? std::optional(std::move(items->back())) : std::nullopt;
 }
 
 std::string formatPropertyList(const Value& root) {
@@ -302,11 +319,21 @@ PropertyListFile readPropertyListFile(const std::filesystem::path& path) {
     return {FileState::Loaded, *std::move(root), {}};
 }
 
+std::optional<Value> readLastItemOfFile(const std::filesystem::path& path) {
+    std::error_code error;
+    const std::string content = readFileStart(path, kMaximumFileSize + 1, error);
+    if (error || content.size() > kMaximumFileSize) return std::nullopt;
+    return parseLastItem(content);
+}
+
 std::error_code writePropertyListFile(const std::filesystem::path& path, const Value& root,
-                                      const std::filesystem::path& temporaryFolder) {
-    const std::string xml = formatPropertyList(root);
-    if (xml.empty()) return std::make_error_code(std::errc::not_enough_memory);
-    return replaceFile(path, xml, temporaryFolder);
+                                      const std::filesystem::path& temporaryFolder,
+                                      PropertyListFormat format) {
+    const std::string content = format == PropertyListFormat::Binary
+                                    ? formatBinaryPropertyList(root)
+                                    : formatPropertyList(root);
+    if (content.empty()) return std::make_error_code(std::errc::not_enough_memory);
+    return replaceFile(path, content, temporaryFolder);
 }
 
 std::filesystem::path keepAside(const std::filesystem::path& path,

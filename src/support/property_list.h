@@ -3,7 +3,8 @@
 // Two kinds of file are read: those that this program wrote (user defaults, ink histories) and the
 // model table that it ships. Both may have been damaged or edited since, so a typed getter yields
 // nothing for a key that is absent or holds another type, and reading never trusts a size or a
-// depth. The XML format of property lists is the only one read and written.
+// depth. Two formats are read, told apart by their first bytes: XML, and the binary format
+// (support/binary_property_list.h), which is many times faster for large files.
 #pragma once
 
 #include <cstdint>
@@ -105,9 +106,16 @@ class Value {
     Storage storage_;
 };
 
-// The property list that `xml` holds, or nothing when it is damaged or nested deeper than 64
-// levels.
-std::optional<Value> parsePropertyList(std::string_view xml);
+// How deep arrays and dictionaries may nest in a file.
+inline constexpr int kPropertyListLevels = 64;
+
+// The property list that `content` holds in either format, or nothing when it is damaged or nested
+// deeper.
+std::optional<Value> parsePropertyList(std::string_view content);
+
+// The last item of the array that `content` holds, in the binary format without reading the others;
+// nothing when it is damaged, no array or an empty one.
+std::optional<Value> parseLastItem(std::string_view content);
 
 // The property list as XML. Texts with bytes that XML cannot hold are written without them
 // (cleanText). Dates outside 1932 to 2069 are moved to the nearer end. Empty when memory runs out.
@@ -124,9 +132,15 @@ struct PropertyListFile {
 // Reads a property list file of at most 64 MiB. Never waits on a file that is not a regular one.
 PropertyListFile readPropertyListFile(const std::filesystem::path& path);
 
+// parseLastItem() of such a file; nothing also when it is absent or cannot be read.
+std::optional<Value> readLastItemOfFile(const std::filesystem::path& path);
+
+enum class PropertyListFormat { Xml, Binary };
+
 // Writes the file through replaceFile(); the same errors and the same `temporaryFolder`.
 std::error_code writePropertyListFile(const std::filesystem::path& path, const Value& root,
-                                      const std::filesystem::path& temporaryFolder = {});
+                                      const std::filesystem::path& temporaryFolder = {},
+                                      PropertyListFormat format = PropertyListFormat::Xml);
 
 // Renames a damaged file to its name plus ".damaged" (".damaged-2" and so on when that is taken),
 // so that nothing in it is lost when a new one is written. It stays in its folder, or goes to

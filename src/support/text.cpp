@@ -90,6 +90,21 @@ void appendCode(std::string& out, char32_t c) {
     out += code.view();
 }
 
+constexpr char32_t kReplacement = 0xFFFD;
+
+void appendUtf16(std::u16string& out, char32_t c) {
+    if (c < 0x10000) {
+        out += static_cast<char16_t>(c);
+    } else {
+        out += static_cast<char16_t>(0xD800 | (c - 0x10000) >> 10);
+        out += static_cast<char16_t>(0xDC00 | (c & 0x3FF));
+    }
+}
+
+bool isPrintableAscii(char c) {
+    return c >= ' ' && c <= '~';
+}
+
 }  // namespace
 
 std::string cleanText(std::string_view text) {
@@ -122,15 +137,39 @@ std::string spelledOutText(std::string_view text) {
     return spelled;
 }
 
-std::string utf8FromUtf16(std::u16string_view text) {
-    std::string out;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        char32_t c = text[i];
-        if (isHighSurrogate(c) && i + 1 < text.size() && isLowSurrogate(text[i + 1]))
-            c = 0x10000 + ((c & 0x3FF) << 10 | (text[++i] & 0x3FF));
-        if (!isHighSurrogate(c) && !isLowSurrogate(c)) appendUtf8(out, c);
+std::string storableText(const std::string& text) {
+    if (std::ranges::all_of(text, isPrintableAscii)) return text;
+    std::string oneLine = text;
+    std::erase_if(oneLine, [](char c) { return c == '\n' || c == '\r' || c == '\t'; });
+    return cleanText(oneLine) == oneLine ? text : cleanText(text);
+}
+
+std::u16string utf16FromUtf8(std::string_view text) {
+    std::u16string units;
+    ByteReader reader(asBytes(text));
+    while (!reader.atEnd()) {
+        const Character c = firstCharacter(reader.rest());
+        if (c.length == 0) break;
+        appendUtf16(units, c.code);
+        reader.skip(c.length);
     }
-    return out;
+    return units;
+}
+
+std::string utf8FromUtf16(std::u16string_view text) {
+    std::string bytes;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char32_t unit = text[i];
+        const char32_t next = i + 1 < text.size() ? text[i + 1] : U'\0';
+        if (isHighSurrogate(unit) && isLowSurrogate(next)) {
+            appendUtf8(bytes, 0x10000 + ((unit & 0x3FF) << 10 | (next & 0x3FF)));
+            ++i;
+        } else {
+            const bool isHalf = isHighSurrogate(unit) || isLowSurrogate(unit);
+            appendUtf8(bytes, isHalf ? kReplacement : unit);
+        }
+    }
+    return bytes;
 }
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {

@@ -18,7 +18,13 @@ std::string cleanText(std::string_view text);
 // as ISO 8859-1 too. For names that identify something.
 std::string spelledOutText(std::string_view text);
 
-// A surrogate without its partner is dropped.
+// The text as property lists keep it: line breaks and tabs stay, and where it holds anything else
+// that cleanText() would drop, or is no valid UTF-8, it is cleaned of all that.
+std::string storableText(const std::string& text);
+
+// UTF-8 in UTF-16 and back. Bytes that are no valid UTF-8 are read as by cleanText(); half a
+// surrogate pair becomes U+FFFD.
+std::u16string utf16FromUtf8(std::string_view text);
 std::string utf8FromUtf16(std::u16string_view text);
 
 // ASCII letters compare without regard to case; all other bytes compare as they are.

@@ -10,6 +10,8 @@
 #include <QtTest/QTest>
 #include <optional>
 
+#include "app/graph_view.h"
+#include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
@@ -199,6 +201,19 @@ TEST_F(MainWindow, PopupSwitchesPrintersAndSelectPrinterDoesNotStay) {
     auto* browser = controller_->myWindow().findChild<QDialog*>(QStringLiteral("PrinterBrowser"));
     ASSERT_TRUE(browser);
     EXPECT_TRUE(browser->isVisible());
+}
+
+TEST_F(MainWindow, TheHistoryWindowShowsTheSelectedPrinterAndItsUpdates) {
+    choose(printerAt("127.0.0.1"));
+    auto* history = controller_->myWindow().findChild<InkHistoryController*>();
+    ASSERT_TRUE(history);
+    EXPECT_FALSE(history->findChild<GraphView*>()) << "no widgets before it is shown";
+    find<QAction>("actionInkHistory").trigger();
+    EXPECT_TRUE(history->isVisible());
+    const auto* view = history->findChild<GraphView*>();
+    EXPECT_EQ(view->inkHistory()->size(), 1U);
+    QTest::mouseClick(&updateButton(), Qt::LeftButton);
+    EXPECT_EQ(view->inkHistory()->size(), 2U);
 }
 
 TEST_F(MainWindow, ClosingKeepsTheSelection) {

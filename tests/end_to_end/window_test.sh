@@ -8,10 +8,9 @@ source "$(dirname "${BASH_SOURCE[0]}")/program_session.sh"
 "$build/bin/tintoral-demo-home" seed
 id=$("$build/bin/tintoral-demo-home" list | head -n 1)
 "$build/bin/tintoral-demo-home" select "$id"
-history="$HOME/library/Application Support/Tintoral/$id"
 wait_until 10 bash -c 'echo > /dev/tcp/127.0.1.11/9100' || fail "no virtual printer"
 
-readings() { grep -c '<key>Date</key>' "$history"; }
+readings() { "$build/bin/tintoral-demo-home" readings "$id"; }
 grown() { [ "$(readings)" -gt "$before" ]; }
 
 before=$(readings)

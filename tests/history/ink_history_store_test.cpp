@@ -5,6 +5,8 @@
 
 #include <cmath>
 #include <limits>
+#include <random>
+#include <thread>
 
 #include "support/hardships.h"
 #include "support/temporary_folder.h"
@@ -190,6 +192,50 @@ TEST_F(InkHistoryStore, KeepsForeignEntriesFollowsLinksAndSurvivesAFullDiskAndAC
     }
     EXPECT_EQ(entriesOf(home_ / "elsewhere").size(), 6U);
     EXPECT_EQ(listed(), 1);
+}
+
+TEST_F(InkHistoryStore, XmlIsReadAndConvertedByTheNextWrite) {
+    prepareHistoryFolder();
+    const auto path = historyFolder() / "X";
+    for (const bool filter : {false, true}) {
+        writeFile(path, formatPropertyList(Array{"text", reading(50, 1)}));
+        EXPECT_EQ(lastLevelForPrinterId("X"), reading(50, 1));
+        if (filter) {
+            saveInkReadings(reading(40, 2), "X");
+        } else {
+            EXPECT_TRUE(saveInkReadingsForPrinterId(reading(40, 2), "X"));
+        }
+        EXPECT_TRUE(readFile(path).starts_with("bplist00"));
+        EXPECT_EQ(levelsOf(*inkHistory("X")), (Array{"text", 50, 40}));
+    }
+}
+
+TEST_F(InkHistoryStore, IsWholeWheneverTheProgramIsKilled) {
+    constexpr int kRounds = 15;
+    constexpr int kAppends = 1000;
+    prepareHistoryFolder();
+    std::mt19937 random(1);
+    std::size_t size = 0;
+    for (int round = 0; round < kRounds; ++round) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            for (int i = 0; i < kAppends; ++i)
+                saveInkReadingsForPrinterId(reading(static_cast<int>(size) + i, 1), "X");
+            ::_exit(0);
+        }
+        std::this_thread::sleep_for(std::chrono::microseconds(5000 + random() % 40000));
+        ::kill(child, SIGKILL);
+        int status = 0;
+        ASSERT_EQ(::waitpid(child, &status, 0), child);
+        const auto history = inkHistory("X");
+        ASSERT_TRUE(history || size == 0) << round;
+        const Array levels = history ? levelsOf(*history) : Array();
+        ASSERT_GE(levels.size(), size);
+        size = levels.size();
+        for (std::size_t i = 0; i < size; ++i) ASSERT_EQ(levels[i], Value(static_cast<int>(i)));
+        EXPECT_LE(listed(), 1);
+    }
+    EXPECT_GT(size, static_cast<std::size_t>(kRounds)) << "killed before it wrote";
 }
 
 }  // namespace

@@ -44,6 +44,16 @@ TEST(PropertyList, EveryTypeSurvivesAFile) {
     EXPECT_EQ(parsePropertyList(formatPropertyList(Array{unfit})), Value(Array{"ab\xC3\xA9."}));
 }
 
+TEST(PropertyList, ReadsDatesFarFromOurs) {
+    for (const int number : {1904, 2199}) {
+        const auto date =
+            parsePropertyList("<plist version=\"1.0\"><date>" + std::to_string(number) +
+                              "-02-28T00:00:01Z</date></plist>");
+        const Date expected = std::chrono::sys_days{std::chrono::year{number} / 2 / 28};
+        EXPECT_EQ(date, Value(expected + std::chrono::seconds(1))) << number;
+    }
+}
+
 TEST(PropertyList, NestsTo64LevelsAndNoDeeper) {
     Value deep = "core";
     for (int level = 0; level < 64; ++level) deep = Array{deep};
