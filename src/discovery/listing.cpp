@@ -50,7 +50,7 @@ SerialField serialOf(std::string_view deviceID) {
 }
 
 PrinterRecordPtr recordOfUsbPrinter(const USBPrinterInfo& printer) {
-    const PrinterRecordPtr record =
+    PrinterRecordPtr record =
         newRecord(printer.maker.view(), modelWithoutMaker(printer.model.view()));
     const auto [hasSerial, serial] = serialOf(printer.deviceID.view());
     record->set(keys::serialID, hasSerial ? serial : std::string(printer.serialNumber.view()));
@@ -66,7 +66,7 @@ PrinterRecordPtr recordOfUsbPrinter(const USBPrinterInfo& printer) {
 }
 
 PrinterRecordPtr recordOfBjnpPrinter(const BjnpPrinter& printer) {
-    const PrinterRecordPtr record = newRecord("Canon", std::string(printer.model.view()));
+    PrinterRecordPtr record = newRecord("Canon", std::string(printer.model.view()));
     record->set(keys::ipAdrs, dotted(printer.address));
     record->set(keys::usbCmd, printer.commandSet.view());
     record->set(keys::kind, "bjnp:" + dotted(printer.address));

@@ -33,7 +33,7 @@ void ResolverQueue::failed(const ServiceId& id, Time now) {
 }
 
 std::optional<ResolverQueue::Step> ResolverQueue::next(Time now) {
-    if (const auto step = endOverdue(now)) return step;
+    if (auto step = endOverdue(now)) return step;
     const auto due =
         std::ranges::find_if(waiting_, [&](const Entry& entry) { return entry.since <= now; });
     if (due == waiting_.end()) return std::nullopt;

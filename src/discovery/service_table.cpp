@@ -34,7 +34,7 @@ PrinterRecordPtr ServiceTable::resolved(const ResolvedService& service) {
     return record;
 }
 
-void ServiceTable::txtUpdated(const ServiceId& id, const TxtRecord& txt) {
+void ServiceTable::txtUpdated(const ServiceId& id, const TxtRecord& txt) const {
     const PrinterRecordPtr record = find(id);
     if (record && record->text(keys::makerName) == "HP") copyStatusTexts(txt, *record);
 }

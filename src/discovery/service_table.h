@@ -36,7 +36,7 @@ class ServiceTable {
     PrinterRecordPtr resolved(const ResolvedService& service);
 
     // A resolved service's TXT record is another now: an HP printer's status texts are taken over.
-    void txtUpdated(const ServiceId& id, const TxtRecord& txt);
+    void txtUpdated(const ServiceId& id, const TxtRecord& txt) const;
 
     // A service went.
     void withdrawn(const ServiceId& id);

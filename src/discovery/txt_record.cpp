@@ -7,7 +7,7 @@
 namespace tintoral {
 namespace {
 
-constexpr std::size_t kMostBytes = 64 * 1024;  // what one DNS record can hold
+constexpr std::size_t kMostBytes = std::size_t{64} * 1024;  // what one DNS record can hold
 
 std::string inSmallLetters(std::string_view key) {
     std::string small(key);

@@ -68,9 +68,10 @@ void copyFoundValues(const PrinterRecord& found, PrinterRecord& known) {
 std::string refusalToSelect(const PrinterRecord& printer) {
     if (printer.text(keys::printerId).empty())
         return "The address of this printer is not known yet; it is being asked for.";
-    if (printer.text(keys::serverType) == server_types::mac && !printer.contains(keys::inkDict))
+    if (printer.text(keys::serverType) == server_types::mac && !printer.contains(keys::inkDict)) {
         return "A queue shared by another computer that has reported no ink levels. Refresh asks "
                "it again.";
+    }
     return {};
 }
 

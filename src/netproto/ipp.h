@@ -21,7 +21,7 @@
 
 namespace tintoral {
 
-inline constexpr std::size_t kLargestIppAnswer = 1024 * 1024;
+inline constexpr std::size_t kLargestIppAnswer = std::size_t{1024} * 1024;
 
 // An answer that was decoded. Texts in it are as the printer sent them.
 struct IppAnswer {

@@ -107,9 +107,10 @@ class BinaryPropertyListWriter {
     Reference operator()(const std::string& text) { return addText(text); }
     Reference operator()(std::int64_t number) {
         const auto known = integers_.try_emplace(number, next());
-        if (known.second)
+        if (known.second) {
             addScalar(
                 [&](std::string& out) { appendInteger(out, static_cast<std::uint64_t>(number)); });
+        }
         return known.first->second;
     }
     Reference operator()(double number) {

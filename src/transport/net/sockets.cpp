@@ -287,8 +287,9 @@ int udpExchange(int socket, const std::string& host, const UdpService& service, 
                 MutableBytes reply, OnSendFailure onSendFailure) {
     std::optional<sockaddr_in> peer(std::in_place);
     if (!resolveIpv4(host, service.port, *peer)) peer.reset();
-    // A connected datagram socket hears its peer alone.
-    if (peer && service.onlyFromHost) ::connect(socket, generic(*peer), sizeof *peer);
+    // A connected datagram socket hears its peer alone. Where that fails, so will the sends.
+    if (peer && service.onlyFromHost)
+        static_cast<void>(::connect(socket, generic(*peer), sizeof *peer));
     for (int attempt = 0; attempt < kUdpAttempts; ++attempt) {
         const bool sent = sendDatagram(socket, request, peer);
         if (!sent && onSendFailure == OnSendFailure::GiveUp) return -1;

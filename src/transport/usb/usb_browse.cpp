@@ -60,8 +60,8 @@ bool haveSameNames(const USBPrinterInfo& a, const USBPrinterInfo& b) {
 // A printer with IPP over USB has the interface several times over, and not all of them give the
 // device ID.
 void dropRepetitions(std::vector<USBPrinterInfo>& printers) {
-    std::ranges::stable_partition(
-        printers, [](const USBPrinterInfo& printer) { return !printer.deviceID.empty(); });
+    std::stable_partition(printers.begin(), printers.end(),
+                          [](const USBPrinterInfo& printer) { return !printer.deviceID.empty(); });
     for (std::size_t kept = 0; kept < printers.size(); ++kept) {
         const auto rest = printers.begin() + static_cast<std::ptrdiff_t>(kept) + 1;
         const auto repeated =
