@@ -15,7 +15,16 @@ if [ "${2:-}" != --inside ] && unshare --user --map-root-user --net true 2>/dev/
     exec unshare --user --map-root-user --net --mount --pid --fork --kill-child --mount-proc -- \
         "$0" "$build" --inside
 fi
-[ "${2:-}" = --inside ] && ip link set lo up
+if [ "${2:-}" = --inside ]; then
+    inside=yes
+    ip link set lo up
+    sysctl -qw net.ipv4.ip_unprivileged_port_start=0
+fi
+# Where umockdev is, some virtual printers hang on a virtual USB.
+if [ -x "$build/bin/tintoral-virtual-usb" ] && [ -z "${TINTORAL_USB_PRELOAD:-}" ]; then
+    exec "$build/bin/tintoral-virtual-usb" "$0" "$@"
+fi
+with_usb=(env "LD_PRELOAD=${TINTORAL_USB_PRELOAD:-}")
 
 children=()
 stop_children() {
@@ -31,9 +40,14 @@ start_printers() {
     else
         echo "Port 161 cannot be bound here: the SNMP printer stays off" >&2
     fi
+    if [ "${inside:-}" ] && PATH=$PATH:/usr/sbin command -v cupsd >/dev/null; then
+        tools/demo_cupsd.sh "$PWD/$demo/cups" 2>/dev/null & children+=($!)
+    else
+        echo "There is no cupsd, or no namespace for one: the shared queue stays off" >&2
+    fi
 }
 
-updated() { [ "$HOME/.config/Tintoral/Tintoral.plist" -nt "$demo/before" ] && [ -n "$(window_id)" ]; }
+updated() { [ "$HOME/library/Application Support/Tintoral/$1" -nt "$demo/before" ] && [ -n "$(window_id)" ]; }
 window_id() { xdotool search --onlyvisible --name '^Tintoral$' 2>/dev/null | head -n 1; }
 
 start_xvfb() {
@@ -49,8 +63,8 @@ photograph() {
     "$build/bin/tintoral-demo-home" select "$id"
     sleep 1.1
     touch "$demo/before"
-    "$build/bin/tintoral" & pid=$!
-    wait_until 20 updated || echo "No update of $id within 20 s" >&2
+    "${with_usb[@]}" "$build/bin/tintoral" & pid=$!
+    wait_until 20 updated "$id" || echo "No update of $id within 20 s" >&2
     sleep 0.5
     import -window "$(window_id)" "$picture"
     kill "$pid"
@@ -71,11 +85,11 @@ without_display() {
 rm -rf "$demo"
 mkdir -p "$HOME"
 start_printers
-"$build/bin/tintoral-demo-home" seed
+"${with_usb[@]}" "$build/bin/tintoral-demo-home" seed
 wait_until 10 bash -c 'echo > /dev/tcp/127.0.1.11/9100' || { echo "The virtual printers did not start" >&2; exit 1; }
 
 if [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
-    "$build/bin/tintoral"
+    "${with_usb[@]}" "$build/bin/tintoral"
 else
     without_display
 fi

@@ -1,32 +1,83 @@
 // The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`,
 // `readings ID`. It works on the settings and histories of $HOME through the program's own code.
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <iterator>
 #include <string>
 #include <vector>
 
+#include "discovery/listing.h"
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
 #include "records/ink_dict.h"
 #include "records/model_merge.h"
 #include "records/printer_table.h"
+#include "transport/usb/usb_browse.h"
 
 namespace tintoral {
 namespace {
 
+constexpr std::string_view kFirstShown = "Network:EPSON Stylus Photo R2400 (127.0.1.18)";
+
 struct DemoPrinter {
-    AddressRequest request;
-    std::string commandType;          // the variant that worked last
-    std::vector<std::string> colors;  // as the printer reports them
-    std::vector<int> levels;          // of the last reading, in the same order
-    std::string commandSet = {};      // of the device ID, for those whose language it decides
+    PrinterRecordPtr record = {};
+    std::string commandType = {};          // the variant that worked last
+    std::vector<std::string> colors = {};  // as the printer reports them
+    std::vector<int> levels = {};          // of the last reading, in the same order
+    std::string commandSet = {};           // of the device ID, for those whose language it decides
 };
 
-// The addresses and models are those of tools/virtual_printers.cpp and of the SNMP agent that
-// demo.sh starts.
+// A printer that an announcement would bring: without one it counts as typed in.
+PrinterRecordPtr announcedRecord(PrinterRecord record) {
+    record.set(keys::addedByAddress, kYes);
+    record.set(keys::active, kYes);
+    record.set(keys::date, currentDate());
+    return std::make_shared<PrinterRecord>(std::move(record));
+}
+
+PrinterRecordPtr baseStationRecord() {
+    return announcedRecord({{std::string(keys::printerId), "AirPort:EPSON Stylus C86"},
+                            {std::string(keys::printerName), "EPSON Stylus C86"},
+                            {std::string(keys::serverType), server_types::airPort},
+                            {std::string(keys::serviceType), service_types::riousbprint},
+                            {std::string(keys::kind), "riousb:::1"},
+                            {std::string(keys::hostName), "::1"},
+                            {std::string(keys::ipAdrs), "::1"},
+                            {std::string(keys::port), 10000},
+                            {std::string(keys::usbPrinterName), "usb1"},
+                            {std::string(keys::makerName), makers::epson},
+                            {std::string(keys::modelName), "Stylus C86"},
+                            {std::string(keys::makerAndModelName), "EPSON Stylus C86"}});
+}
+
+PrinterRecordPtr sharedQueueRecord() {
+    return announcedRecord({{std::string(keys::printerId), "Mac:Office @ server"},
+                            {std::string(keys::printerName), "Office @ server"},
+                            {std::string(keys::serverType), server_types::macCups14},
+                            {std::string(keys::serviceType), service_types::ipp},
+                            {std::string(keys::kind), "ipp:127.0.0.1"},
+                            {std::string(keys::ipAdrs), "127.0.0.1"},
+                            {std::string(keys::port), 631},
+                            {std::string(keys::ippURL), "http://127.0.0.1:631/printers/office"},
+                            {std::string(keys::makerName), "Brother"},
+                            {std::string(keys::modelName), "HL-5250DN"},
+                            {std::string(keys::makerAndModelName), "Brother HL-5250DN"}});
+}
+
+PrinterRecordPtr bjnpRecord() {
+    BjnpPrinter printer;
+    printer.address = {127, 0, 1, 19};
+    printer.model.assign("MP640 series");
+    printer.commandSet.assign("BJL,BJRaster3,BSCCe");
+    return recordOfBjnpPrinter(printer);
+}
+
+// The addresses and models are those of tools/virtual_printers.cpp, of the SNMP agent and the
+// cupsd that demo.sh starts.
 std::vector<DemoPrinter> demoPrinters() {
     const auto raw = [](const char* address, const char* model) {
-        return AddressRequest{address, Connection::RawPort, 9100, model};
+        return makeAddressedRecord({address, Connection::RawPort, 9100, model});
     };
     return {
         {raw("127.0.1.11", "EPSON Stylus Photo R300"),
@@ -41,7 +92,7 @@ std::vector<DemoPrinter> demoPrinters() {
          "RC",
          {"Black", "Cyan", "Magenta", "Yellow", "Red", "Blue", "Gloss Optimizer"},
          {92, 55, 43, 38, 12, 67, 81}},
-        {{"127.0.1.14", Connection::PrinterMib, 9100, "Lexmark C543"},
+        {makeAddressedRecord({"127.0.1.14", Connection::PrinterMib, 9100, "Lexmark C543"}),
          "",
          {"Black", "Cyan", "Magenta", "Yellow"},
          {50, 41, 36, 88}},
@@ -65,7 +116,35 @@ std::vector<DemoPrinter> demoPrinters() {
           "Light Light Black"},
          {79, 60, 36, 63, 47, 27, 50, 70},
          "ESCPL2,BDC,D4"},
+        {sharedQueueRecord(), "", {"Black Toner"}, {48}},
+        {bjnpRecord(),
+         "",
+         {"Photo Black", "Black", "Magenta", "Cyan", "Yellow"},
+         {73, 48, 30, 92, 65}},
+        {baseStationRecord(), "RC", {"Black", "Cyan", "Magenta", "Yellow"}, {36, 78, 53, 89}},
     };
+}
+
+// Those that hang on this computer. The virtual ones (tools/virtual_usb.cpp) have been read before.
+std::vector<DemoPrinter> usbPrinters() {
+    const std::vector<DemoPrinter> read = {
+        {nullptr, "RC", {"Black", "Cyan", "Magenta", "Yellow"}, {68, 50, 16, 61}},
+        {nullptr,
+         "D4",
+         {"Black", "Cyan", "Magenta", "Yellow", "Light Cyan", "Light Magenta"},
+         {90, 73, 55, 38, 21, 64}},
+        {nullptr, "", {"Black", "Magenta", "Cyan", "Yellow"}, {59, 85, 28, 43}},
+        {nullptr, "", {"Black", "CMY Color"}, {39, 66}},
+    };
+    std::vector<USBPrinterInfo> found;
+    USBPrinterBrowse(found);
+    std::vector<DemoPrinter> printers;
+    for (const USBPrinterInfo& printer : found) {
+        const std::size_t i = printers.size();
+        printers.push_back(i < read.size() ? read[i] : DemoPrinter());
+        printers.back().record = recordOfUsbPrinter(printer);
+    }
+    return printers;
 }
 
 // A reading for each of the last `days` days: cartridges run down and are replaced, each at its own
@@ -86,21 +165,28 @@ void seedHistory(const PrinterRecord& printer, const DemoPrinter& demo) {
     writePropertyListFile(historyFolder() / printer.text(keys::printerId), history);
 }
 
+// Makes the record what it would be after some use.
+void complete(const DemoPrinter& demo, const ModelTable& models) {
+    PrinterRecord& printer = *demo.record;
+    if (!demo.colors.empty()) printer.set(keys::colors, demo.colors);
+    if (!demo.commandType.empty()) printer.set(keys::commandType, demo.commandType);
+    if (!demo.commandSet.empty()) printer.set(keys::usbCmd, demo.commandSet);
+    updatePrinterDict(printer, models);
+    if (!demo.levels.empty()) seedHistory(printer, demo);
+}
+
 int seed() {
     const ModelTable models = ModelTable::load(modelTablePath());
     UserDefaults defaults;
     PrinterTable table;
     prepareHistoryFolder();
-    for (const DemoPrinter& demo : demoPrinters()) {
-        const PrinterRecordPtr printer = makeAddressedRecord(demo.request);
-        printer->set(keys::colors, demo.colors);
-        if (!demo.commandType.empty()) printer->set(keys::commandType, demo.commandType);
-        if (!demo.commandSet.empty()) printer->set(keys::usbCmd, demo.commandSet);
-        updatePrinterDict(*printer, models);
-        table.push_back(printer);
-        seedHistory(*printer, demo);
-        defaults.setPrinterId(printer->text(keys::printerId));
+    std::vector<DemoPrinter> printers = usbPrinters();
+    std::ranges::move(demoPrinters(), std::back_inserter(printers));
+    for (const DemoPrinter& demo : printers) {
+        complete(demo, models);
+        table.push_back(demo.record);
     }
+    defaults.setPrinterId(kFirstShown);
     storePrinterTable(table, defaults);
     return defaults.synchronize() ? 0 : 1;
 }
@@ -153,7 +239,8 @@ int run(int argc, char** argv) {
     if (command == "select" && argc == 3) return select(argv[2]);
     if (command == "levels") return levels();
     if (command == "readings" && argc == 3) return readings(argv[2]);
-    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels | readings ID\n", stderr);
+    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels | readings ID\n",
+               stderr);
     return 2;
 }
 

@@ -7,8 +7,7 @@
 namespace tintoral {
 namespace {
 
-constexpr double kGap = 7;  // pixels between an edge and its labels
-constexpr double kLevelGap = 6;
+constexpr double kGap = 7;              // pixels between an edge and its labels
 constexpr double kPadding = 8;          // between the labels and the rim of the view
 constexpr double kClearance = 3;        // between two labels
 constexpr double kMostInkWidth = 0.24;  // of the view, for a name; longer ones are cut
@@ -98,6 +97,7 @@ std::vector<Label3D> everyNth(const std::vector<Label3D>& labels, std::size_t n)
 // The labels of one axis, thinned out evenly until no two neighbours collide.
 std::vector<Label3D> thinned(const std::vector<Tick>& ticks, const QFontMetricsF& metrics) {
     std::vector<Label3D> all;
+    all.reserve(ticks.size());
     for (const Tick& tick : ticks) all.push_back(labelAt(tick, metrics));
     for (std::size_t n = 1; n < all.size(); ++n) {
         auto some = everyNth(all, n);

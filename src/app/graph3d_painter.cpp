@@ -50,7 +50,7 @@ QPolygonF convexHull(QPolygonF points) {
 
 QPolygonF outlineOf(const Bar& bar, const Projection& projection) {
     QPolygonF corners;
-    corners.reserve(bar.corners.size());
+    corners.reserve(static_cast<qsizetype>(bar.corners.size()));
     for (const QVector3D& corner : bar.corners) corners << projection.toPixel(corner);
     return convexHull(corners);
 }

@@ -168,9 +168,10 @@ void GraphView::drawLevelTicks(QPainter& painter) const {
     constexpr int kTickLength = 6;
     for (const int level : kTicks) {
         const int y = static_cast<int>(levelY(level));
-        for (const int x : {kChartLeft - 4, width() - 4})
+        for (const int x : {kChartLeft - 4, width() - 4}) {
             painter.fillRect(geometry().rect(QRectF(x, y, kTickLength, 1)),
                              whiteInk(kAxisWhite).color);
+        }
         drawText(painter, 0, y - kLevelLabelDrop, QString::number(level));
     }
 }

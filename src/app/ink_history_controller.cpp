@@ -35,9 +35,10 @@ bool standsBefore(const Title& a, const Title& b, const QCollator& order) {
 
 std::vector<Title> sortedTitles() {
     std::vector<Title> titles;
-    for (const std::string& name : printersWithHistory())
+    for (const std::string& name : printersWithHistory()) {
         titles.push_back(
             {QString::fromStdString(cleanText(name)), QByteArray::fromStdString(name)});
+    }
     const QLocale own;  // the C locale would sort by bytes
     QCollator order(own == QLocale::c() ? QLocale(QLocale::English) : own);
     order.setNumericMode(true);

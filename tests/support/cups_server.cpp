@@ -37,8 +37,7 @@ bool answers() {
 }  // namespace
 
 bool hasCupsServer() {
-    return std::system("PATH=$PATH:/usr/sbin; command -v cupsd lpstat >/dev/null") ==
-           0;
+    return std::system("PATH=$PATH:/usr/sbin; command -v cupsd lpstat >/dev/null") == 0;
 }
 
 CupsServer::CupsServer(const std::vector<CupsQueue>& queues) {

@@ -30,21 +30,7 @@ ip route add broadcast 255.255.255.255 dev net0
 ip neigh replace 10.77.0.99 lladdr 02:00:00:00:00:99 dev net0 nud permanent
 sysctl -qw net.ipv4.ip_unprivileged_port_start=0
 
-# Daemons have paths in /run compiled in and look up users of their own: one id is mapped here, so each of those
-# names is that id.
-mount -t tmpfs -o mode=1777 tmpfs /run
-{
-    echo "root:x:0:0:root:/run:/bin/sh"
-    for name in tester avahi messagebus lp Debian-snmp; do echo "$name:x:$uid:$uid::/run:/bin/sh"; done
-    echo "nobody:x:65534:65534::/:/bin/false"
-} > /run/passwd
-{
-    echo "root:x:0:"
-    for name in tester avahi netdev messagebus lp lpadmin Debian-snmp; do echo "$name:x:$uid:"; done
-    echo "nogroup:x:65534:"
-} > /run/group
-mount --bind /run/passwd /etc/passwd
-mount --bind /run/group /etc/group
+source "$(dirname "${BASH_SOURCE[0]}")/daemon_names.sh" "$uid"
 
 export HOME=/run TMPDIR=/run
 if [ "$uid" != 0 ]; then
