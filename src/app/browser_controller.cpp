@@ -21,7 +21,8 @@ constexpr milliseconds kPaintTime{50};
 // Announcements come in bursts; the table is loaded once for all that come within this time.
 constexpr milliseconds kBurst{30};
 
-// Rows are chosen, not cells: no frame around one of them.
+// Rows are chosen, not cells: no frame pales a cell of the chosen row. Before a choice the frame
+// tells the keyboard's place.
 class RowDelegate : public QStyledItemDelegate {
   public:
     using QStyledItemDelegate::QStyledItemDelegate;
@@ -29,7 +30,7 @@ class RowDelegate : public QStyledItemDelegate {
   protected:
     void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
         QStyledItemDelegate::initStyleOption(option, index);
-        option->state &= ~QStyle::State_HasFocus;
+        if (option->state & QStyle::State_Selected) option->state &= ~QStyle::State_HasFocus;
     }
 };
 
