@@ -18,7 +18,7 @@ std::shared_ptr<const Array> history() {
                          {"Date", Date(std::chrono::sys_days{std::chrono::year{2024} /
                                                              static_cast<int>(month) / 1})}};
         for (std::size_t i = 0; i < names.size(); ++i) {
-            entry.set(names[i], static_cast<int>((month * 17 + i * 31) % 101));
+            entry.set(names[i], static_cast<int>((std::size_t{month} * 17 + i * 31) % 101));
         }
         entries->push_back(entry);
     }

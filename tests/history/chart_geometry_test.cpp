@@ -12,7 +12,7 @@ using std::chrono::hours;
 using std::chrono::sys_days;
 using std::chrono::year;
 
-Date at(int y, unsigned month, unsigned day, int hour = 0) {
+Date at(int y, int month, int day, int hour = 0) {
     return sys_days{year{y} / month / day} + hours(hour);
 }
 
