@@ -26,10 +26,10 @@ struct DiagnosticPhase {
     std::string progress;  // "Phase 1...", for the progress line
     std::string title;     // what it does, in words
 
-    // Asks and appends to the report: an empty line, a heading, what came and the time it took, at
-    // most 33 KiB. Lines are clean (support/text.h); a printer's text is within one line. Blocks
-    // as long as the exchange may take, 30 s at the most for most of them and 60 s for IPP; call it
-    // on any thread, but one phase at a time.
+    // Asks and appends to the report: an empty line, a heading, what came (of more than 32 KiB the
+    // beginning) and the time it took. Lines are clean (support/text.h), and a printer's text
+    // begins none. Blocks for as long as the exchange may take (see the header of each: a few
+    // seconds for most, up to 60 s for IPP); call it on any thread, but one phase at a time.
     std::function<void(std::string& report)> run;
 };
 

@@ -67,16 +67,6 @@ std::string headText(const ReportHead& head, const PrinterRecord& printer) {
     return text;
 }
 
-std::string withoutControls(std::string_view phases) {
-    std::string lines;
-    while (!phases.empty()) {
-        const std::size_t end = phases.find('\n');
-        lines += cleanText(phases.substr(0, end)) + "\n";
-        phases.remove_prefix(end == phases.npos ? phases.size() : end + 1);
-    }
-    return lines;
-}
-
 // The longest beginning of at most `size` bytes that does not end inside a character.
 std::string_view cutBetweenCharacters(std::string_view text, std::size_t size) {
     if (text.size() <= size) return text;
@@ -119,7 +109,7 @@ std::string diagnosticReport(const ReportHead& head, const PrinterRecord& printe
     PrinterRecord shown = printer;
     // A short serial number would not be found everywhere; here it is known for one.
     if (hidden && printer.contains(keys::serialID)) shown.set(keys::serialID, "(left out)");
-    std::string report = headText(head, shown) + withoutControls(phases);
+    std::string report = headText(head, shown).append(phases);
     if (hidden) hideSerialNumbers(report, cleanText(printer.text(keys::serialID)));
     return report;
 }

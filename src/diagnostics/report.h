@@ -32,8 +32,9 @@ struct ReportHead {
 
 enum class SerialNumbers { Shown, Hidden };
 
-// The whole report. `phases` is all that the phases wrote. Hidden: as serial_numbers.h says, with
-// the record's "serialID" as the serial number, also in the record's own values.
+// The whole report. `phases` is all that the phases wrote, clean as they left it. Hidden: as
+// serial_numbers.h says, with the record's "serialID" as the serial number, also in the record's
+// own values.
 std::string diagnosticReport(const ReportHead& head, const PrinterRecord& printer,
                              std::string_view phases, SerialNumbers serialNumbers);
 

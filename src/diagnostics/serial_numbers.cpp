@@ -46,7 +46,7 @@ void hideIn(std::string& text, std::string_view serialNumber, std::string_view e
     for (const std::string_view key : kSerialKeys) hideFields(text, key, ends);
     if (serialNumber.size() < kShortestSerialNumber) return;
     for (std::size_t at = text.find(serialNumber); at != std::string::npos;
-         at = text.find(serialNumber, at)) {
+         at = text.find(serialNumber, at + serialNumber.size())) {
         text.replace(at, serialNumber.size(), serialNumber.size(), kMask);
     }
 }

