@@ -10,6 +10,7 @@
 #include "support/virtual_bjnp_printer.h"
 #include "support/virtual_canon.h"
 #include "support/virtual_epson.h"
+#include "support/virtual_ipp_printer.h"
 
 namespace tintoral {
 namespace {
@@ -155,6 +156,27 @@ TEST(Diagnosis, PrinterMibIsDumped) {
     EXPECT_TRUE(holds(report, "Description = Acme Color 100\n")) << report;
     EXPECT_TRUE(holds(report, "0 = Cyan Toner\n"));
     EXPECT_TRUE(holds(report, "oid = 1.3.6.1.2.1.43.11.1.1"));
+}
+
+TEST(Diagnosis, StateAndMarkersOverIpp) {
+    constexpr int kName = 0x42;
+    constexpr int kInteger = 0x21;
+    constexpr int kEnum = 0x23;
+    const test::VirtualIppPrinter queue(
+        kAddress,
+        test::ippAnswer(test::ippMessage({{kEnum, "printer-state", {test::ippInteger(3)}},
+                                          {kName, "marker-names", {"Cyan\nPhase 9: all well"}},
+                                          {kName, "marker-types", {"ink"}},
+                                          {kName, "cups-version", {"1.4.2"}},
+                                          {kName, "marker-colors", {"#00FFFF"}},
+                                          {kInteger, "marker-levels", {test::ippInteger(40)}}})));
+    PrinterRecord printer = recordOf("Mac cups1.4", "ipp:x", "Acme");
+    EXPECT_TRUE(holds(reportOf(printer, "IPP"), "no IPP address"));
+    printer.set(keys::ippURL, std::string("http://") + kAddress + ":631/printers/x");
+    const std::string report = reportOf(printer, "IPP");
+    EXPECT_TRUE(holds(report, "marker-names = CyanPhase 9: all well\n")) << report;
+    EXPECT_TRUE(holds(report, "marker-levels = 40\n"));
+    EXPECT_TRUE(holds(report, "Result = 1\n"));
 }
 
 TEST(Diagnosis, NobodyThereEndsSoonAndSaysSo) {
