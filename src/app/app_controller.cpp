@@ -14,6 +14,7 @@
 #include "app/dock_icon.h"
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
+#include "app/printer_list_panel.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
@@ -128,6 +129,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionUpdate, &AppController::updateButtonPressed);
     whenTriggered(ui_->actionSelectPrinter, &AppController::showSelectionWindow);
     whenTriggered(ui_->actionAddByAddress, &AppController::addByAddress);
+    whenTriggered(ui_->actionPrinterList, &AppController::showPrinterListPanel);
     whenTriggered(ui_->actionPrintNozzleCheckPattern, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
@@ -214,13 +216,27 @@ void AppController::updateWhenStale() {
 }
 
 void AppController::updateButtonPressed() {
-    if (!printerDict_) return;
+    if (printerDict_) updateAndKeep(*printerDict_);
+}
+
+void AppController::updateAndKeep(PrinterRecord& printer) {
     const WaitCursor waiting;
-    if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
-        historyWindow_->saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
-                                                    printerDict_->text(keys::printerId));
+    if (updatePrinter(printer) == UpdateOutcome::Levels) {
+        historyWindow_->saveInkReadingsForPrinterId(*printer.dictionary(keys::inkDict),
+                                                    printer.text(keys::printerId));
         storePrinterTable();
     }
+    updateUI();
+}
+
+// The file of the printer's history stays: the readings come back when the printer does.
+void AppController::forgetPrinter(const std::string& printerId) {
+    removePrinter(printerTable_, printerId);
+    popup_.remove(printerId);
+    if (printerDict_ && printerDict_->text(keys::printerId) == printerId) printerDict_ = nullptr;
+    defaults_.setPrinterId(printerDict_ ? printerDict_->text(keys::printerId) : std::string());
+    storePrinterTable();
+    updatePopup();
     updateUI();
 }
 
@@ -233,8 +249,7 @@ void AppController::handlePrinterRemoved(const PrinterRecordPtr& printer) {
     const PrinterRecordPtr known = popup_.find(printer->text(keys::printerId));
     if (!known) return;
     known->set(keys::active, kNo);
-    if (known != printerDict_) return;
-    known->set(keys::printerStatus, "Offline");
+    if (known == printerDict_) known->set(keys::printerStatus, "Offline");
     updateStatus();
 }
 
@@ -244,8 +259,7 @@ void AppController::handlePrinterFound(const PrinterRecordPtr& printer) {
     if (!known) return;
     copyFoundValues(*printer, *known);
     known->set(keys::date, currentDate());
-    if (known != printerDict_) return;
-    known->set(keys::printerStatus, "Online");
+    if (known == printerDict_) known->set(keys::printerStatus, "Online");
     updateStatus();
 }
 
@@ -274,6 +288,11 @@ void AppController::updateStatus() {
     ui_->statusField->setText(shown(line.text));
     ui_->updateButton->setEnabled(line.canUpdate);
     updateMenus();
+    updateListPanel();
+}
+
+void AppController::updateListPanel() {
+    if (printerListPanel_) printerListPanel_->setPrinters(printerTable_);
 }
 
 void AppController::changeWindowHeightByColor(int inkCount) {
@@ -336,6 +355,18 @@ void AppController::addByAddress() {
 void AppController::showInkHistory() {
     if (printerDict_) historyWindow_->selectHistoryFor(printerDict_->text(keys::printerId));
     historyWindow_->showWindow();
+}
+
+void AppController::showPrinterListPanel() {
+    if (!printerListPanel_) {
+        printerListPanel_ = std::make_unique<PrinterListPanel>(
+            PrinterListActions{
+                .update = [this](const PrinterRecordPtr& printer) { updateAndKeep(*printer); },
+                .forget = [this](const std::string& printerId) { forgetPrinter(printerId); }},
+            window_.get());
+    }
+    updateListPanel();
+    printerListPanel_->showWindow(printerDict_);
 }
 
 void AppController::openProductPage() {

@@ -29,6 +29,7 @@ class MainWindow;
 namespace tintoral {
 
 class InkHistoryController;
+class PrinterListPanel;
 
 class AppController : public QObject {
     Q_OBJECT
@@ -58,6 +59,7 @@ class AppController : public QObject {
     void showSelectionWindow();
     void addByAddress();
     void showInkHistory();
+    void showPrinterListPanel();
     void showAboutPanel();
     void openProductPage();
 
@@ -80,10 +82,13 @@ class AppController : public QObject {
     void restoreLastLevels();
     void addNewPrinter(const PrinterRecordPtr& printer);
     void updateWhenStale();
+    void updateAndKeep(PrinterRecord& printer);
+    void forgetPrinter(const std::string& printerId);
     void storePrinterTable();
 
     void updateUI();
     void updateStatus();
+    void updateListPanel();
     void updatePopup();
     void changeWindowHeightByColor(int inkCount);
     void updateMenus();
@@ -99,6 +104,7 @@ class AppController : public QObject {
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
+    std::unique_ptr<PrinterListPanel> printerListPanel_;  // made when it is first shown
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;
