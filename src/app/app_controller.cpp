@@ -11,6 +11,7 @@
 #include <QUrl>
 #include <algorithm>
 
+#include "app/about_panel_controller.h"
 #include "app/dock_icon.h"
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
@@ -374,11 +375,8 @@ void AppController::openProductPage() {
 }
 
 void AppController::showAboutPanel() {
-    QMessageBox::about(
-        window_.get(), QStringLiteral("About Tintoral"),
-        QStringLiteral("<h3>Tintoral %1</h3><p>How much ink or toner is left in your printers, and "
-                       "what state they are in.</p><p>MIT licence</p>")
-            .arg(QStringLiteral(TINTORAL_VERSION)));
+    if (!aboutPanel_) aboutPanel_ = std::make_unique<AboutPanelController>(window_.get());
+    aboutPanel_->showWindow();
 }
 
 void AppController::notInThisVersion() {

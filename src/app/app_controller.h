@@ -28,6 +28,7 @@ class MainWindow;
 
 namespace tintoral {
 
+class AboutPanelController;
 class InkHistoryController;
 class PrinterListPanel;
 
@@ -105,6 +106,7 @@ class AppController : public QObject {
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
     std::unique_ptr<PrinterListPanel> printerListPanel_;  // made when it is first shown
+    std::unique_ptr<AboutPanelController> aboutPanel_;    // likewise
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;

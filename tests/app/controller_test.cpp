@@ -9,6 +9,7 @@
 #include <QMessageBox>
 #include <QPushButton>
 #include <QTableView>
+#include <QTextBrowser>
 #include <QTimer>
 #include <QtTest/QTest>
 #include <optional>
@@ -265,6 +266,21 @@ TEST_F(MainWindow, ThePrinterListUpdatesAndForgetsAnyPrinter) {
     start();
     EXPECT_EQ(status(), "Printer is not selected");
     EXPECT_EQ(popupTitles().value(0).toStdString(), second->text(keys::printerId));
+}
+
+TEST_F(MainWindow, TheAboutPanelHasVersionLinkAndLicences) {
+    find<QAction>("actionAbout").trigger();
+    auto& panel = find<QDialog>("AboutPanel");
+    EXPECT_TRUE(panel.isVisible());
+    const QString title = panel.findChild<QLabel*>(QStringLiteral("titleField"))->text();
+    EXPECT_TRUE(title.contains(QStringLiteral("Tintoral " TINTORAL_VERSION)));
+    EXPECT_TRUE(title.contains(QStringLiteral("<a href=\"http")));
+    const QString readMe = panel.findChild<QTextBrowser*>()->toPlainText();
+    for (const char* library :
+         {"MIT", "Qt: GNU LGPL 3.0", "Avahi", "libusb", "libplist", "libstdc++"})
+        EXPECT_TRUE(readMe.contains(QLatin1String(library))) << library;
+    QTest::keyClick(&panel, Qt::Key_Escape);
+    EXPECT_FALSE(panel.isVisible());
 }
 
 TEST_F(MainWindow, ClosingKeepsTheSelection) {
