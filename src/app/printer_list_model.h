@@ -16,7 +16,8 @@ class PrinterListModel : public QAbstractTableModel {
     enum Column { Name, Levels, Status, LastUpdate, kColumns };
 
     // By which rows are sorted: the name's and the status's text, the lowest known level in
-    // percent, the seconds of the last update. Nothing where there is none: such rows come last.
+    // percent, the seconds of the last update. Nothing where there is none: such rows come after
+    // all others in ascending order.
     static constexpr int SortRole = Qt::UserRole;
 
     using QAbstractTableModel::QAbstractTableModel;

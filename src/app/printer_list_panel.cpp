@@ -14,22 +14,32 @@
 namespace tintoral {
 namespace {
 
-constexpr int kBarWidth = 9;
+constexpr int kBarWidth = 10;
 constexpr int kBarHeight = 18;
-constexpr int kBarPitch = 12;
-constexpr int kMargin = 4;
+constexpr int kBarPitch = 14;
+constexpr int kMargin = 5;
 
 // The empty part of a bar is as light on a dark ground as on a light one: dark inks stay visible.
 constexpr QColor kEmptyPart(0xD9, 0xD9, 0xD9);
 constexpr QColor kLevelMark(0x44, 0x44, 0x44);
 
-// One upright bar. The mark at its level tells a pale ink from the empty part.
-void drawBar(QPainter& painter, const InkRow& ink, const QRect& bar, const QColor& frame) {
-    const int filled = bar.height() * std::clamp(ink.level, 0, 100) / 100;
+// What an ink fills of its bar; one that is not empty fills some of it. The mark above it tells a
+// pale ink from the empty part.
+void drawLevel(QPainter& painter, const InkRow& ink, const QRect& bar) {
+    const int filled = (bar.height() * std::min(ink.level, 100) + 99) / 100;
     const QRect full = bar.adjusted(0, bar.height() - filled, 0, 0);
-    painter.fillRect(bar, kEmptyPart);
     if (ink.color.color.isValid()) painter.fillRect(full, ink.color.color);
-    if (ink.level >= 0) painter.fillRect(full.left(), full.top(), full.width(), 1, kLevelMark);
+    painter.fillRect(full.left(), full.top() - 1, full.width(), 1, kLevelMark);
+}
+
+// One upright bar, hatched where the level is no number.
+void drawBar(QPainter& painter, const InkRow& ink, const QRect& bar, const QColor& frame) {
+    painter.fillRect(bar, kEmptyPart);
+    if (ink.level < 0) {
+        painter.fillRect(bar, QBrush(kLevelMark, Qt::BDiagPattern));
+    } else {
+        drawLevel(painter, ink, bar);
+    }
     painter.setPen(frame);
     painter.drawRect(bar.adjusted(-1, -1, 0, 0));
 }
@@ -127,9 +137,9 @@ void PrinterListPanel::setUpSizes() {
     table.verticalHeader()->setDefaultSectionSize(std::max(textHeight, kBarHeight + 10));
     table.horizontalHeader()->setFixedHeight(textHeight);
     const int character = table.fontMetrics().averageCharWidth();
-    for (const auto& [column, characters] : {std::pair(PrinterListModel::Name, 46),
-                                             {PrinterListModel::Levels, 38},
-                                             {PrinterListModel::Status, 22}})
+    for (const auto& [column, characters] : {std::pair(PrinterListModel::Name, 50),
+                                             {PrinterListModel::Levels, 44},
+                                             {PrinterListModel::Status, 20}})
         table.setColumnWidth(column, characters * character);
 }
 
