@@ -82,7 +82,7 @@ void AppController::awakeFromNib() {
     fillPopup();
     prepareHistoryFolder();
     historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
-    restoreLastLevels();
+    if (printerDict_) restoreLastLevels(*printerDict_);
     iconPathTable_ = makeIconPathTable();
     dockIcon_ = std::make_unique<QSystemTrayIcon>();
     connectActions();
@@ -161,12 +161,11 @@ void AppController::fillPopup() {
     updatePopup();
 }
 
-void AppController::restoreLastLevels() {
-    if (!printerDict_) return;
-    if (auto last = historyWindow_->lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
-        printerDict_->set(keys::inkDict, *std::move(last));
+void AppController::restoreLastLevels(PrinterRecord& printer) const {
+    if (auto last = historyWindow_->lastLevelForPrinterId(printer.text(keys::printerId))) {
+        printer.set(keys::inkDict, *std::move(last));
     } else {
-        printerDict_->remove(keys::inkDict);
+        printer.remove(keys::inkDict);
     }
 }
 
@@ -358,7 +357,7 @@ void AppController::showInkHistory() {
     historyWindow_->showWindow();
 }
 
-void AppController::showPrinterListPanel() {
+PrinterListPanel& AppController::printerListPanel() {
     if (!printerListPanel_) {
         printerListPanel_ = std::make_unique<PrinterListPanel>(
             PrinterListActions{
@@ -366,8 +365,17 @@ void AppController::showPrinterListPanel() {
                 .forget = [this](const std::string& printerId) { forgetPrinter(printerId); }},
             window_.get());
     }
-    updateListPanel();
-    printerListPanel_->showWindow(printerDict_);
+    return *printerListPanel_;
+}
+
+// A record may have lost its levels where the history has not.
+void AppController::showPrinterListPanel() {
+    const WaitCursor waiting;
+    for (const PrinterRecordPtr& printer : printerTable_) {
+        if (!printer->contains(keys::inkDict)) restoreLastLevels(*printer);
+    }
+    printerListPanel().setPrinters(printerTable_);
+    printerListPanel().showWindow(printerDict_);
 }
 
 void AppController::openProductPage() {

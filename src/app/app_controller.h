@@ -78,9 +78,10 @@ class AppController : public QObject {
     void finishStart();
     void discoverPrinters();
     BrowserController& browserWindow();
+    PrinterListPanel& printerListPanel();
 
     void fillPopup();
-    void restoreLastLevels();
+    void restoreLastLevels(PrinterRecord& printer) const;
     void addNewPrinter(const PrinterRecordPtr& printer);
     void updateWhenStale();
     void updateAndKeep(PrinterRecord& printer);

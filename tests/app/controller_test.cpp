@@ -227,6 +227,7 @@ TEST_F(MainWindow, ThePrinterListUpdatesAndForgetsAnyPrinter) {
     choose(first);
     const PrinterRecordPtr second = printerAt("127.0.0.2");
     choose(second);
+    first->remove(keys::inkDict);
     find<QAction>("actionPrinterList").trigger();
     auto& panel = find<QDialog>("PrinterList");
     const auto& table = *panel.findChild<QTableView*>();
@@ -236,6 +237,8 @@ TEST_F(MainWindow, ThePrinterListUpdatesAndForgetsAnyPrinter) {
     ASSERT_EQ(table.model()->rowCount(), 2);
     EXPECT_EQ(table.selectionModel()->selectedRows().value(0).row(), 1) << "the main window's";
     EXPECT_EQ(cell(1, PrinterListModel::Status), "Offline");
+    EXPECT_NE(cell(0, PrinterListModel::Levels).find("Cyan 42 %"), std::string::npos)
+        << "from the history";
 
     Q_EMIT NotificationCenter::defaultCenter().VTBonjourPrinterRemoved(first);
     EXPECT_EQ(cell(0, PrinterListModel::Status), "Offline");
