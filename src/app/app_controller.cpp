@@ -11,9 +11,11 @@
 #include <QUrl>
 #include <algorithm>
 
+#include "app/about_panel_controller.h"
 #include "app/dock_icon.h"
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
+#include "app/printer_list_panel.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
@@ -80,7 +82,7 @@ void AppController::awakeFromNib() {
     fillPopup();
     prepareHistoryFolder();
     historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
-    restoreLastLevels();
+    if (printerDict_) restoreLastLevels(*printerDict_);
     iconPathTable_ = makeIconPathTable();
     dockIcon_ = std::make_unique<QSystemTrayIcon>();
     connectActions();
@@ -128,6 +130,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionUpdate, &AppController::updateButtonPressed);
     whenTriggered(ui_->actionSelectPrinter, &AppController::showSelectionWindow);
     whenTriggered(ui_->actionAddByAddress, &AppController::addByAddress);
+    whenTriggered(ui_->actionPrinterList, &AppController::showPrinterListPanel);
     whenTriggered(ui_->actionPrintNozzleCheckPattern, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
@@ -158,12 +161,11 @@ void AppController::fillPopup() {
     updatePopup();
 }
 
-void AppController::restoreLastLevels() {
-    if (!printerDict_) return;
-    if (auto last = historyWindow_->lastLevelForPrinterId(printerDict_->text(keys::printerId))) {
-        printerDict_->set(keys::inkDict, *std::move(last));
+void AppController::restoreLastLevels(PrinterRecord& printer) const {
+    if (auto last = historyWindow_->lastLevelForPrinterId(printer.text(keys::printerId))) {
+        printer.set(keys::inkDict, *std::move(last));
     } else {
-        printerDict_->remove(keys::inkDict);
+        printer.remove(keys::inkDict);
     }
 }
 
@@ -214,13 +216,27 @@ void AppController::updateWhenStale() {
 }
 
 void AppController::updateButtonPressed() {
-    if (!printerDict_) return;
+    if (printerDict_) updateAndKeep(*printerDict_);
+}
+
+void AppController::updateAndKeep(PrinterRecord& printer) {
     const WaitCursor waiting;
-    if (updatePrinter(*printerDict_) == UpdateOutcome::Levels) {
-        historyWindow_->saveInkReadingsForPrinterId(*printerDict_->dictionary(keys::inkDict),
-                                                    printerDict_->text(keys::printerId));
+    if (updatePrinter(printer) == UpdateOutcome::Levels) {
+        historyWindow_->saveInkReadingsForPrinterId(*printer.dictionary(keys::inkDict),
+                                                    printer.text(keys::printerId));
         storePrinterTable();
     }
+    updateUI();
+}
+
+// The file of the printer's history stays: the readings come back when the printer does.
+void AppController::forgetPrinter(const std::string& printerId) {
+    removePrinter(printerTable_, printerId);
+    popup_.remove(printerId);
+    if (printerDict_ && printerDict_->text(keys::printerId) == printerId) printerDict_ = nullptr;
+    defaults_.setPrinterId(printerDict_ ? printerDict_->text(keys::printerId) : std::string());
+    storePrinterTable();
+    updatePopup();
     updateUI();
 }
 
@@ -233,8 +249,7 @@ void AppController::handlePrinterRemoved(const PrinterRecordPtr& printer) {
     const PrinterRecordPtr known = popup_.find(printer->text(keys::printerId));
     if (!known) return;
     known->set(keys::active, kNo);
-    if (known != printerDict_) return;
-    known->set(keys::printerStatus, "Offline");
+    if (known == printerDict_) known->set(keys::printerStatus, "Offline");
     updateStatus();
 }
 
@@ -244,8 +259,7 @@ void AppController::handlePrinterFound(const PrinterRecordPtr& printer) {
     if (!known) return;
     copyFoundValues(*printer, *known);
     known->set(keys::date, currentDate());
-    if (known != printerDict_) return;
-    known->set(keys::printerStatus, "Online");
+    if (known == printerDict_) known->set(keys::printerStatus, "Online");
     updateStatus();
 }
 
@@ -274,6 +288,11 @@ void AppController::updateStatus() {
     ui_->statusField->setText(shown(line.text));
     ui_->updateButton->setEnabled(line.canUpdate);
     updateMenus();
+    updateListPanel();
+}
+
+void AppController::updateListPanel() {
+    if (printerListPanel_) printerListPanel_->setPrinters(printerTable_);
 }
 
 void AppController::changeWindowHeightByColor(int inkCount) {
@@ -338,16 +357,34 @@ void AppController::showInkHistory() {
     historyWindow_->showWindow();
 }
 
+PrinterListPanel& AppController::printerListPanel() {
+    if (!printerListPanel_) {
+        printerListPanel_ = std::make_unique<PrinterListPanel>(
+            PrinterListActions{
+                .update = [this](const PrinterRecordPtr& printer) { updateAndKeep(*printer); },
+                .forget = [this](const std::string& printerId) { forgetPrinter(printerId); }},
+            window_.get());
+    }
+    return *printerListPanel_;
+}
+
+// A record may have lost its levels where the history has not.
+void AppController::showPrinterListPanel() {
+    const WaitCursor waiting;
+    for (const PrinterRecordPtr& printer : printerTable_) {
+        if (!printer->contains(keys::inkDict)) restoreLastLevels(*printer);
+    }
+    printerListPanel().setPrinters(printerTable_);
+    printerListPanel().showWindow(printerDict_);
+}
+
 void AppController::openProductPage() {
     QDesktopServices::openUrl(QUrl(QStringLiteral(TINTORAL_PRODUCT_PAGE)));
 }
 
 void AppController::showAboutPanel() {
-    QMessageBox::about(
-        window_.get(), QStringLiteral("About Tintoral"),
-        QStringLiteral("<h3>Tintoral %1</h3><p>How much ink or toner is left in your printers, and "
-                       "what state they are in.</p><p>MIT licence</p>")
-            .arg(QStringLiteral(TINTORAL_VERSION)));
+    if (!aboutPanel_) aboutPanel_ = std::make_unique<AboutPanelController>(window_.get());
+    aboutPanel_->showWindow();
 }
 
 void AppController::notInThisVersion() {

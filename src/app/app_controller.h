@@ -28,7 +28,9 @@ class MainWindow;
 
 namespace tintoral {
 
+class AboutPanelController;
 class InkHistoryController;
+class PrinterListPanel;
 
 class AppController : public QObject {
     Q_OBJECT
@@ -58,6 +60,7 @@ class AppController : public QObject {
     void showSelectionWindow();
     void addByAddress();
     void showInkHistory();
+    void showPrinterListPanel();
     void showAboutPanel();
     void openProductPage();
 
@@ -75,15 +78,19 @@ class AppController : public QObject {
     void finishStart();
     void discoverPrinters();
     BrowserController& browserWindow();
+    PrinterListPanel& printerListPanel();
 
     void fillPopup();
-    void restoreLastLevels();
+    void restoreLastLevels(PrinterRecord& printer) const;
     void addNewPrinter(const PrinterRecordPtr& printer);
     void updateWhenStale();
+    void updateAndKeep(PrinterRecord& printer);
+    void forgetPrinter(const std::string& printerId);
     void storePrinterTable();
 
     void updateUI();
     void updateStatus();
+    void updateListPanel();
     void updatePopup();
     void changeWindowHeightByColor(int inkCount);
     void updateMenus();
@@ -99,6 +106,8 @@ class AppController : public QObject {
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
+    std::unique_ptr<PrinterListPanel> printerListPanel_;  // made when it is first shown
+    std::unique_ptr<AboutPanelController> aboutPanel_;    // likewise
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;

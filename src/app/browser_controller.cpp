@@ -2,11 +2,11 @@
 
 #include <QApplication>
 #include <QShortcut>
-#include <QStyledItemDelegate>
 #include <algorithm>
 
 #include "app/add_by_address_dialog.h"
 #include "app/notification_center.h"
+#include "app/row_delegate.h"
 #include "app/wait_cursor.h"
 #include "support/text.h"
 #include "ui_PrinterBrowser.h"
@@ -20,19 +20,6 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPaintTime{50};
 // Announcements come in bursts; the table is loaded once for all that come within this time.
 constexpr milliseconds kBurst{30};
-
-// Rows are chosen, not cells: no frame pales a cell of the chosen row. Before a choice the frame
-// tells the keyboard's place.
-class RowDelegate : public QStyledItemDelegate {
-  public:
-    using QStyledItemDelegate::QStyledItemDelegate;
-
-  protected:
-    void initStyleOption(QStyleOptionViewItem* option, const QModelIndex& index) const override {
-        QStyledItemDelegate::initStyleOption(option, index);
-        if (option->state & QStyle::State_Selected) option->state &= ~QStyle::State_HasFocus;
-    }
-};
 
 PrinterTable listOf(const std::function<PrinterTable()>& source) {
     return source ? source() : PrinterTable();

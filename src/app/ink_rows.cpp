@@ -39,4 +39,9 @@ std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::st
     return rows;
 }
 
+QString levelText(int level) {
+    if (level >= 0) return QStringLiteral("%1 %").arg(level);
+    return level == kLevelSomeRemaining ? QStringLiteral("not empty") : QStringLiteral("unknown");
+}
+
 }  // namespace tintoral

@@ -2,6 +2,7 @@
 // colour.
 #pragma once
 
+#include <QtCore/QString>
 #include <string>
 #include <vector>
 
@@ -21,5 +22,8 @@ struct InkRow {
 // has no "#..." text the ink's name gives the colour.
 std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::string>& rgbColors,
                             Picture picture);
+
+// A level in words: "42 %", "not empty" (kLevelSomeRemaining) or, for other markers, "unknown".
+QString levelText(int level);
 
 }  // namespace tintoral

@@ -111,11 +111,6 @@ QFont fontOfSize(QFont font, int pixels) {
     return font;
 }
 
-QString levelText(int level) {
-    if (level >= 0) return QStringLiteral("%1 %").arg(level);
-    return level == kLevelSomeRemaining ? QStringLiteral("not empty") : QStringLiteral("unknown");
-}
-
 QString numberText(int level) {
     if (level == kLevelSomeRemaining) return {};
     return level < 0 ? QStringLiteral("\u2013") : levelText(level);

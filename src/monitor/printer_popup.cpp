@@ -17,6 +17,12 @@ PrinterRecordPtr PrinterPopup::dropWhenFull() {
     return dropped;
 }
 
+void PrinterPopup::remove(std::string_view id) {
+    std::erase_if(printers_, [&](const PrinterRecordPtr& printer) {
+        return printer->text(keys::printerId) == id;
+    });
+}
+
 int PrinterPopup::indexOf(std::string_view id) const {
     const auto hit = std::ranges::find_if(printers_, [&](const PrinterRecordPtr& printer) {
         return printer->text(keys::printerId) == id;

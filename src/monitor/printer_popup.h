@@ -21,6 +21,9 @@ class PrinterPopup {
     // was room.
     PrinterRecordPtr dropWhenFull();
 
+    // Takes out the printer of that id, if there is one.
+    void remove(std::string_view id);
+
     // The record whose "printerId" is `id`, or null.
     PrinterRecordPtr find(std::string_view id) const;
 

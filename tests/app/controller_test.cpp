@@ -6,13 +6,18 @@
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QMessageBox>
 #include <QPushButton>
+#include <QTableView>
+#include <QTextBrowser>
+#include <QTimer>
 #include <QtTest/QTest>
 #include <optional>
 
 #include "app/graph_view.h"
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
+#include "app/printer_list_model.h"
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
 #include "support/tcp_peer.h"
@@ -214,6 +219,71 @@ TEST_F(MainWindow, TheHistoryWindowShowsTheSelectedPrinterAndItsUpdates) {
     EXPECT_EQ(view->inkHistory()->size(), 1U);
     QTest::mouseClick(&updateButton(), Qt::LeftButton);
     EXPECT_EQ(view->inkHistory()->size(), 2U);
+}
+
+TEST_F(MainWindow, ThePrinterListUpdatesAndForgetsAnyPrinter) {
+    const PrinterRecordPtr first = printerAt("127.0.0.1");
+    const std::string firstId = first->text(keys::printerId);
+    choose(first);
+    const PrinterRecordPtr second = printerAt("127.0.0.2");
+    choose(second);
+    first->remove(keys::inkDict);
+    find<QAction>("actionPrinterList").trigger();
+    auto& panel = find<QDialog>("PrinterList");
+    const auto& table = *panel.findChild<QTableView*>();
+    const auto cell = [&](int row, int column) {
+        return table.model()->index(row, column).data().toString().toStdString();
+    };
+    ASSERT_EQ(table.model()->rowCount(), 2);
+    EXPECT_EQ(table.selectionModel()->selectedRows().value(0).row(), 1) << "the main window's";
+    EXPECT_EQ(cell(1, PrinterListModel::Status), "Offline");
+    EXPECT_NE(cell(0, PrinterListModel::Levels).find("Cyan 42 %"), std::string::npos)
+        << "from the history";
+
+    Q_EMIT NotificationCenter::defaultCenter().VTBonjourPrinterRemoved(first);
+    EXPECT_EQ(cell(0, PrinterListModel::Status), "Offline");
+    Q_EMIT NotificationCenter::defaultCenter().VTBonjourPrinterFound(first);
+    QTest::mouseClick(table.viewport(), Qt::LeftButton, {}, {20, 10});
+    const std::size_t heardBefore = epson_.heard().size();
+    QTest::mouseClick(panel.findChild<QPushButton*>(QStringLiteral("updateButton")),
+                      Qt::LeftButton);
+    EXPECT_GT(epson_.heard().size(), heardBefore);
+    EXPECT_EQ(inkHistory(firstId)->size(), 2U);
+    EXPECT_EQ(cell(0, PrinterListModel::Status), "Idle");
+    EXPECT_EQ(status(), "Offline") << "the main window stays with its printer";
+
+    choose(first);
+    QTimer::singleShot(0, &panel, [] {
+        auto* question = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+        for (QAbstractButton* answer : question->buttons()) {
+            if (answer->text() == QStringLiteral("&Forget")) answer->click();
+        }
+        question->reject();
+    });
+    QTest::mouseClick(panel.findChild<QPushButton*>(QStringLiteral("forgetButton")),
+                      Qt::LeftButton);
+    EXPECT_EQ(status(), "Printer is not selected");
+    EXPECT_EQ(table.model()->rowCount(), 1);
+    EXPECT_EQ(popupTitles().size(), 3);
+    EXPECT_EQ(inkHistory(firstId)->size(), 3U) << "the history stays";
+    start();
+    EXPECT_EQ(status(), "Printer is not selected");
+    EXPECT_EQ(popupTitles().value(0).toStdString(), second->text(keys::printerId));
+}
+
+TEST_F(MainWindow, TheAboutPanelHasVersionLinkAndLicences) {
+    find<QAction>("actionAbout").trigger();
+    auto& panel = find<QDialog>("AboutPanel");
+    EXPECT_TRUE(panel.isVisible());
+    const QString title = panel.findChild<QLabel*>(QStringLiteral("titleField"))->text();
+    EXPECT_TRUE(title.contains(QStringLiteral("Tintoral " TINTORAL_VERSION)));
+    EXPECT_TRUE(title.contains(QStringLiteral("<a href=\"http")));
+    const QString readMe = panel.findChild<QTextBrowser*>()->toPlainText();
+    for (const char* library :
+         {"MIT", "Qt: GNU LGPL 3.0", "Avahi", "libusb", "libplist", "libstdc++"})
+        EXPECT_TRUE(readMe.contains(QLatin1String(library))) << library;
+    QTest::keyClick(&panel, Qt::Key_Escape);
+    EXPECT_FALSE(panel.isVisible());
 }
 
 TEST_F(MainWindow, ClosingKeepsTheSelection) {
