@@ -6,12 +6,12 @@
 #include <QEvent>
 #include <QLocale>
 #include <QMenu>
-#include <QMessageBox>
 #include <QTimer>
 #include <QUrl>
 #include <algorithm>
 
 #include "app/about_panel_controller.h"
+#include "app/diag_window_controller.h"
 #include "app/dock_icon.h"
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
@@ -136,7 +136,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
     whenTriggered(ui_->actionInkHistory, &AppController::showInkHistory);
-    whenTriggered(ui_->actionDiagnose, &AppController::notInThisVersion);
+    whenTriggered(ui_->actionDiagnose, &AppController::diagnoseMenuSelected);
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
     connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
@@ -387,11 +387,10 @@ void AppController::showAboutPanel() {
     aboutPanel_->showWindow();
 }
 
-void AppController::notInThisVersion() {
-    const auto* action = qobject_cast<QAction*>(sender());
-    QMessageBox::information(
-        window_.get(), action->text(),
-        QStringLiteral("\"%1\" is not part of this version of Tintoral.").arg(action->text()));
+void AppController::diagnoseMenuSelected() {
+    if (!printerDict_) return;
+    if (!diagWindow_) diagWindow_ = std::make_unique<DiagWindowController>(window_.get());
+    diagWindow_->setPrinterDict(*printerDict_);
 }
 
 QImage AppController::dockBackground() const {

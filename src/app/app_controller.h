@@ -29,6 +29,7 @@ class MainWindow;
 namespace tintoral {
 
 class AboutPanelController;
+class DiagWindowController;
 class InkHistoryController;
 class PrinterListPanel;
 
@@ -60,6 +61,7 @@ class AppController : public QObject {
     void showSelectionWindow();
     void addByAddress();
     void showInkHistory();
+    void diagnoseMenuSelected();
     void showPrinterListPanel();
     void showAboutPanel();
     void openProductPage();
@@ -97,7 +99,6 @@ class AppController : public QObject {
     void updateDockIcon();
     QImage dockBackground() const;
     void windowWillClose();
-    void notInThisVersion();
     QAction* maintenanceAction(int option) const;
 
     std::unique_ptr<QMainWindow> window_;
@@ -106,6 +107,7 @@ class AppController : public QObject {
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
+    std::unique_ptr<DiagWindowController> diagWindow_;
     std::unique_ptr<PrinterListPanel> printerListPanel_;  // made when it is first shown
     std::unique_ptr<AboutPanelController> aboutPanel_;    // likewise
     UserDefaults defaults_;
