@@ -2,12 +2,13 @@
 // MIB (RFC 3805), asked over SNMPv1 with the community "public". Every query is a GetNextRequest; a
 // table is walked by sending the answered record again, until an answer leaves the column.
 //
-//   1.3.6.1.2.1.25.3.2.1.3        hrDeviceDescr                        the printer's name for
-//   itself 1.3.6.1.2.1.25.3.5.1.1, .2    hrPrinterStatus, hrPrinterDetectedErrorState
-//   1.3.6.1.2.1.43.11.1.1.2 - .9  prtMarkerSupplies: marker, colorant, class, type, description,
-//   unit, maximum, level 1.3.6.1.2.1.43.12.1.1.2 - .5  prtMarkerColorant: marker, role, value,
-//   tonality 1.3.6.1.4.1.11.2.3.9.1.1.7    HP: IEEE 1284 device ID 1.3.6.1.4.1.2435..., 1240...
-//   Brother and others: only dumped
+//   1.3.6.1.2.1.25.3.2.1.3         hrDeviceDescr, the printer's name for itself
+//   1.3.6.1.2.1.25.3.5.1.1, .2     hrPrinterStatus, hrPrinterDetectedErrorState
+//   1.3.6.1.2.1.43.11.1.1.2 - .9   prtMarkerSupplies: marker, colorant, class, type,
+//                                  description, unit, maximum, level
+//   1.3.6.1.2.1.43.12.1.1.2 - .5   prtMarkerColorant: marker, role, value, tonality
+//   1.3.6.1.4.1.11.2.3.9.1.1.7     HP: IEEE 1284 device ID
+//   1.3.6.1.4.1.2435..., 1240...   Brother and others: only dumped
 //
 // Each exchange takes at most 200 ms. Dumps are appended to a text of the caller's, which may be
 // null.
