@@ -125,7 +125,7 @@ void DiagWindowController::updateUI() {
     ui_->reportView->verticalScrollBar()->setValue(place);
 }
 
-void DiagWindowController::copyReport() {
+void DiagWindowController::copyReport() const {
     QGuiApplication::clipboard()->setText(QString::fromStdString(report()));
 }
 

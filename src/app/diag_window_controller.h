@@ -39,7 +39,7 @@ class DiagWindowController : public QDialog {
 
   public Q_SLOTS:
     void runButtonPressed();
-    void copyReport();
+    void copyReport() const;
     void saveReport();
     // Saves the whole report in the person's documents and opens a mail with as much of it as mail
     // programs take.
