@@ -62,7 +62,7 @@ std::string cleanLines(std::string_view text) {
         const std::size_t end = text.find('\n');
         const std::string line = cleanText(text.substr(0, end));
         if (!line.empty()) lines += line + '\n';
-        text.remove_prefix(end == text.npos ? text.size() : end + 1);
+        text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
     }
     return lines;
 }

@@ -94,7 +94,7 @@ void diagnoseMaker(const IoHandle& handle, const PrinterRecord& printer, Bounded
 }
 
 std::string epsonCommandTypeToTry(const PrinterRecord& printer) {
-    const std::string known = printer.text(keys::commandType);
+    std::string known = printer.text(keys::commandType);
     if (!known.empty()) return known;
     return std::string(epsonSpeaksD4(printer.text(keys::usbCmd)) ? epson_commands::d4
                                                                  : epson_commands::rc);
