@@ -81,7 +81,7 @@ bool isUnreserved(char c) {
 
 void appendEncoded(std::string& url, std::string_view text, std::string_view alsoAllowed = "") {
     for (const char c : text) {
-        if (isUnreserved(c) || alsoAllowed.find(c) != alsoAllowed.npos) {
+        if (isUnreserved(c) || alsoAllowed.find(c) != std::string_view::npos) {
             url += c;
             continue;
         }

@@ -71,7 +71,7 @@ struct DumpLine {
 // `line` begins at `at` in the report. Nothing for a line that is not of a dump.
 std::optional<DumpLine> dumpLine(std::string_view line, std::size_t at) {
     const std::size_t digits = line.find("  ");
-    if (digits == line.npos || digits < 4 || digits > 8) return std::nullopt;
+    if (digits == std::string_view::npos || digits < 4 || digits > 8) return std::nullopt;
     DumpLine found;
     const char* offsetEnd = line.data() + digits;
     const auto [end, error] = std::from_chars(line.data(), offsetEnd, found.offset, 16);

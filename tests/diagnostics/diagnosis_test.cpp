@@ -43,7 +43,7 @@ std::string reportOf(const PrinterRecord& printer, std::string_view title = "") 
 }
 
 bool holds(std::string_view text, std::string_view part) {
-    return text.find(part) != text.npos;
+    return text.find(part) != std::string_view::npos;
 }
 
 template <typename Printer>

@@ -17,7 +17,7 @@ std::string dumpOf(std::string_view bytes) {
 }
 
 bool holds(std::string_view text, std::string_view part) {
-    return text.find(part) != text.npos;
+    return text.find(part) != std::string_view::npos;
 }
 
 TEST(DiagnosticReport, HeadAndRecordStayOneLineEachWhateverThePrinterSays) {

@@ -33,7 +33,7 @@ class UsbDiagnosisTest : public testing::Test {
     }
 
     static bool holds(std::string_view text, std::string_view part) {
-        return text.find(part) != text.npos;
+        return text.find(part) != std::string_view::npos;
     }
 
     TestClock clock_;

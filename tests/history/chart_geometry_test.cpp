@@ -20,7 +20,7 @@ Date at(int y, int month, int day, int hour = 0) {
 TEST(ChartStart, LiesAMonthApartAtLaunchAndAfterAPickAsMeant) {
     const struct {
         int year;
-        unsigned month;
+        int month;
         int steps;
         Date atLaunch, picked;
     } cases[] = {
