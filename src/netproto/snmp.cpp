@@ -8,7 +8,6 @@
 #include "ink/byte_helpers.h"
 #include "support/byte_writer.h"
 #include "support/text.h"
-#include "transport/net/sockets.h"
 
 namespace tintoral {
 namespace {
@@ -381,12 +380,6 @@ int parseSnmpPacket(Bytes packet, SnmpMessage& message) {
            takeBinding(list, message.varBinds[count]))
         ++count;
     return static_cast<int>(count);
-}
-
-int snmpSendAndReceive(const std::string& host, Bytes packet, MutableBytes reply) {
-    const UniqueFd socket = openUdpSocket();
-    if (!socket.valid()) return -1;
-    return udpExchange(socket.get(), host, kSnmpService, packet, reply, OnSendFailure::GiveUp);
 }
 
 std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet) {
