@@ -46,8 +46,9 @@ std::optional<Tlv> enterTlv(ByteReader& reader) {
     const std::size_t header = berOffset(rest);
     if (header == 0) return std::nullopt;
     const std::size_t length = berLength(rest);
-    reader.skip(header);
-    return Tlv{rest[0], reader.take(std::min(length, reader.remaining())), length, header + length};
+    const std::uint8_t tag = reader.u8();
+    reader.skip(header - 1);
+    return Tlv{tag, reader.take(std::min(length, reader.remaining())), length, header + length};
 }
 
 // The next TLV; nothing when it is not wholly there. The reader then stays where it was.
@@ -265,7 +266,7 @@ std::size_t berLength(Bytes tlv) {
 std::size_t setBerLength(MutableBytes tlv, std::size_t length) {
     if (tlv.empty() || length > 0xFFFF) return 0;
     ByteWriter writer(tlv);
-    writer.u8(tlv[0]);
+    writer.u8(tlv.front());
     if (length < 0x80) return writer.u8(static_cast<std::uint8_t>(length)).finish();
     if (length < 0x100) return writer.u8(0x81).u8(static_cast<std::uint8_t>(length)).finish();
     return writer.u8(0x82).be16(static_cast<std::uint16_t>(length)).finish();
@@ -300,7 +301,7 @@ std::size_t objid2str(BoundedText& text, Bytes content) {
     constexpr std::uint8_t kIsoOrg = 0x2B;
     text.clear();
     ByteReader reader(content);
-    if (!content.empty() && content[0] == kIsoOrg) {
+    if (ByteReader(content).u8() == kIsoOrg) {
         text.append("1.3");
         reader.skip(1);
     }
