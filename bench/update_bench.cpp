@@ -1,17 +1,47 @@
 // `update_bench ROUNDS [PRINTER_ID]`: asks the printers of $HOME's settings, or the one of that id,
 // as the window does, in rounds. A line for each printer, its fields separated by tabs:
 //
-//   printer id | levels, no-levels or unreachable | pauses in µs | µs of each round
+//   printer id | levels, no-levels or unreachable | pauses | silence | each round, all in µs
 //
-// The pauses that a protocol demands (support/clock.h) are counted, not waited for, so that the
-// rounds are what an update takes over and above them.
+// The pauses that a protocol demands (support/clock.h) are counted, not waited for. Silence is
+// waited for and counted: the time-outs of those waits in which the printer said nothing, as it has
+// nothing to say. What a round takes beyond it is the program's, the system's and the printer's.
+#include <libusb.h>
+#include <poll.h>
+
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <string_view>
+#include <utility>
 
 #include "monitor/update_cycle.h"
 #include "records/printer_table.h"
+
+namespace {
+
+std::chrono::microseconds silence{0};
+
+}  // namespace
+
+// The linker puts these in the place of the functions that wait (bench/CMakeLists.txt).
+extern "C" {
+int __real_poll(pollfd* entries, nfds_t count, int timeout);
+int __wrap_poll(pollfd* entries, nfds_t count, int timeout) {
+    const int result = __real_poll(entries, count, timeout);
+    if (result == 0) silence += std::chrono::milliseconds(timeout);
+    return result;
+}
+
+int __real_libusb_bulk_transfer(libusb_device_handle* device, unsigned char endpoint,
+                                unsigned char* data, int length, int* moved, unsigned timeout);
+int __wrap_libusb_bulk_transfer(libusb_device_handle* device, unsigned char endpoint,
+                                unsigned char* data, int length, int* moved, unsigned timeout) {
+    const int result = __real_libusb_bulk_transfer(device, endpoint, data, length, moved, timeout);
+    if (result == LIBUSB_ERROR_TIMEOUT) silence += std::chrono::milliseconds(timeout);
+    return result;
+}
+}
 
 namespace tintoral {
 namespace {
@@ -34,6 +64,7 @@ struct Series {
     PrinterRecordPtr printer;
     UpdateOutcome outcome = UpdateOutcome::Unreachable;
     std::chrono::microseconds pauses{0};
+    std::chrono::microseconds silence{0};
     std::vector<std::chrono::duration<double, std::micro>> rounds = {};
 };
 
@@ -44,6 +75,7 @@ void runRound(Series& series) {
     series.outcome = updatePrinter(*series.printer);
     series.rounds.emplace_back(std::chrono::steady_clock::now() - start);
     series.pauses = clock.paused();
+    series.silence = std::exchange(silence, {});
 }
 
 const char* nameOf(UpdateOutcome outcome) {
@@ -52,8 +84,9 @@ const char* nameOf(UpdateOutcome outcome) {
 }
 
 void print(const Series& series) {
-    std::printf("%s\t%s\t%lld", series.printer->text(keys::printerId).c_str(),
-                nameOf(series.outcome), static_cast<long long>(series.pauses.count()));
+    std::printf("%s\t%s\t%lld\t%lld", series.printer->text(keys::printerId).c_str(),
+                nameOf(series.outcome), static_cast<long long>(series.pauses.count()),
+                static_cast<long long>(series.silence.count()));
     for (const auto round : series.rounds) std::printf("\t%.1f", round.count());
     std::puts("");
 }
