@@ -142,7 +142,7 @@ class Bench:
     # --- printers -----------------------------------------------------------------------------------------------------
 
     def update(self, rounds, printer_id=""):
-        """A list (id, outcome, pauses, silence, µs of each round) of the printers, or of one."""
+        """A list (id, outcome, pauses, silence, what is left of each round; µs) of the printers, or of one."""
         lines = run(self.ours("update_bench"), rounds, *filter(None, [printer_id]),
                     env=self.environment(**self.usb)).splitlines()
         fields = [line.split("\t") for line in lines]
@@ -297,8 +297,7 @@ def update_part(bench):
         if outcome != "levels":
             rows.append([way_of(printer_id), outcome, "", ""])
             continue
-        over = [time_ - silence for time_ in rounds]
-        rows.append([way_of(printer_id), f"{pauses / 1000:.0f}", f"{silence / 1000:.0f}", median_and_least(over)])
+        rows.append([way_of(printer_id), f"{pauses / 1000:.0f}", f"{silence / 1000:.0f}", median_and_least(rounds)])
     head = ["way to the printer", "pauses, ms", "silence that the language waits for, ms", "all else, ms"]
     return table(head, rows) + ("" if bench.usb else not_here(["umockdev, for the USB printers"]))
 

@@ -4,8 +4,9 @@
 //   printer id | levels, no-levels or unreachable | pauses | silence | each round, all in µs
 //
 // The pauses that a protocol demands (support/clock.h) are counted, not waited for. Silence is
-// waited for and counted: the time-outs of those waits in which the printer said nothing, as it has
-// nothing to say. What a round takes beyond it is the program's, the system's and the printer's.
+// waited for, counted and taken off the rounds: the time-outs of those waits in which the printer
+// said nothing, as it has nothing to say. What is left of a round is the program's, the system's
+// and the printer's.
 #include <libusb.h>
 #include <poll.h>
 
@@ -73,9 +74,10 @@ void runRound(Series& series) {
     const ScopedClock scope(clock);
     const auto start = std::chrono::steady_clock::now();
     series.outcome = updatePrinter(*series.printer);
-    series.rounds.emplace_back(std::chrono::steady_clock::now() - start);
+    const auto end = std::chrono::steady_clock::now();
     series.pauses = clock.paused();
     series.silence = std::exchange(silence, {});
+    series.rounds.emplace_back(end - start - series.silence);
 }
 
 const char* nameOf(UpdateOutcome outcome) {
