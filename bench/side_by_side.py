@@ -40,7 +40,7 @@ ATTR keyword requested-attributes all }
 
 
 class Missing(Exception):
-    """Something that a part needs is not on this machine."""
+    """A part cannot be measured here; the text says why."""
 
 
 def run(*command, **options):
@@ -124,7 +124,7 @@ class Bench:
     def ours(self, name):
         path = self.bin / name
         if not path.exists():
-            raise Missing(f"{name}, which is not built")
+            raise Missing(f"{name} is not built")
         return path
 
     def start(self, *command, **options):
@@ -142,17 +142,17 @@ class Bench:
     # --- printers -----------------------------------------------------------------------------------------------------
 
     def update(self, rounds, printer_id=""):
-        """A list (id, outcome, pauses, silence, what is left of each round; µs) of the printers, or of one."""
+        """A list (id, outcome, pauses, silence, libusb, what is left of each round; µs) of the printers, or of one."""
         lines = run(self.ours("update_bench"), rounds, *filter(None, [printer_id]),
                     env=self.environment(**self.usb)).splitlines()
         fields = [line.split("\t") for line in lines]
-        return [(f[0], f[1], float(f[2]), float(f[3]), list(map(float, f[4:]))) for f in fields]
+        return [(f[0], f[1], *map(float, f[2:5]), list(map(float, f[5:]))) for f in fields]
 
     def wait_for_levels(self, printer_id):
         end = time.monotonic() + READY
         while self.update(1, printer_id)[0][1] != "levels":
             if time.monotonic() > end:
-                raise Missing(f"an answer of {printer_id}")
+                raise Missing(f"{printer_id} does not answer")
             time.sleep(0.1)
 
     def need_printers(self):
@@ -208,7 +208,7 @@ def walk(bench, tool, version):
 def beside_ours(bench, printer_id, peers, rounds):
     """Our update of that printer, the same as a process, and the peers ({name: measure of a process}), in turn."""
     def in_process():
-        return (bench.update(5, printer_id)[0][4][-1],)
+        return (bench.update(5, printer_id)[0][-1][-1],)
 
     measures = {"an update, in the window": in_process,
                 "the same as a process": lambda: bench.process(bench.ours("update_bench"), "1", printer_id)}
@@ -293,12 +293,13 @@ def way_of(printer_id):
 def update_part(bench):
     bench.need_printers()
     rows = []
-    for printer_id, outcome, pauses, silence, rounds in bench.update(5):
+    for printer_id, outcome, pauses, silence, libusb, rounds in bench.update(5):
         if outcome != "levels":
-            rows.append([way_of(printer_id), outcome, "", ""])
+            rows.append([way_of(printer_id), outcome, "", "", ""])
             continue
-        rows.append([way_of(printer_id), f"{pauses / 1000:.0f}", f"{silence / 1000:.0f}", median_and_least(rounds)])
-    head = ["way to the printer", "pauses, ms", "silence that the language waits for, ms", "all else, ms"]
+        demanded = [whole(microseconds / 1000) for microseconds in (pauses, silence)]
+        rows.append([way_of(printer_id), *demanded, ms(libusb) if libusb else "", median_and_least(rounds)])
+    head = ["way to the printer", "pauses, ms", "silence, ms", "emulated USB, ms", "all else, ms"]
     return table(head, rows) + ("" if bench.usb else not_here(["umockdev, for the USB printers"]))
 
 
@@ -393,7 +394,7 @@ def main(build, *arguments):
             try:
                 text = PARTS[part](bench)
             except Missing as missing:
-                text = f"Not measured: there is no {missing}."
+                text = f"Not measured: {missing}."
             print(f"## {part}\n\n{text}\n", flush=True)
             if writes:
                 put_into_page(part, text)
