@@ -185,10 +185,13 @@ bool takeBinding(ByteReader& list, SnmpVarBind& binding) {
 
 // All of the number or nothing: a part of it would name another object.
 bool appendArc(BoundedText& text, std::int32_t arc) {
-    FixedText<16> number;
-    number.format(text.empty() ? "%d" : ".%d", arc);
+    std::array<char, 12> dotAndNumber{'.'};
+    char* const begin = dotAndNumber.data() + (text.empty() ? 0 : 1);
+    const char* end = std::to_chars(begin, dotAndNumber.data() + dotAndNumber.size(), arc).ptr;
+    const std::string_view number(dotAndNumber.data(),
+                                  static_cast<std::size_t>(end - dotAndNumber.data()));
     const bool fits = number.size() <= text.capacity() - text.size();
-    if (fits) text.append(number.view());
+    if (fits) text.append(number);
     return fits;
 }
 
