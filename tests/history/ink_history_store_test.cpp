@@ -101,9 +101,10 @@ class InkHistoryStore : public testing::Test {
     ~InkHistoryStore() override { testing::internal::GetCapturedStderr(); }
 
     fs::path support() const { return home_ / "library/Application Support"; }
-    std::ptrdiff_t listed() const {
-        return std::distance(fs::directory_iterator(historyFolder()), fs::directory_iterator());
+    static std::ptrdiff_t entriesIn(const fs::path& folder) {
+        return std::distance(fs::directory_iterator(folder), fs::directory_iterator());
     }
+    std::ptrdiff_t listed() const { return entriesIn(historyFolder()); }
     static Array entriesOf(const fs::path& path) {
         return std::get<Array>(readPropertyListFile(path).root.storage());
     }
@@ -234,6 +235,7 @@ TEST_F(InkHistoryStore, IsWholeWheneverTheProgramIsKilled) {
         size = levels.size();
         for (std::size_t i = 0; i < size; ++i) ASSERT_EQ(levels[i], Value(static_cast<int>(i)));
         EXPECT_LE(listed(), 1);
+        EXPECT_LE(entriesIn(support()), 2) << "temporary files of killed programs pile up";
     }
     EXPECT_GT(size, static_cast<std::size_t>(kRounds)) << "killed before it wrote";
 }
