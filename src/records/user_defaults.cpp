@@ -24,6 +24,7 @@ std::filesystem::path userDefaultsPath() {
 
 UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) {
     if (file_.empty()) {
+        saveFailure_ = "there is no home folder";
         reportLine("no home folder: settings are not kept");
     } else {
         load();
@@ -42,7 +43,10 @@ void UserDefaults::load() {
 
 void UserDefaults::setAside(const std::string& reason) {
     const auto aside = keepAside(file_);
-    if (aside.empty()) file_.clear();
+    if (aside.empty()) {
+        saveFailure_ = "the damaged file " + file_.string() + " cannot be renamed";
+        file_.clear();
+    }
     reportLine("the settings cannot be read: " + reason +
                (aside.empty() ? "; settings are not kept" : "; kept as " + aside.string()));
 }
@@ -66,14 +70,15 @@ bool UserDefaults::synchronize() {
     auto error = makeFolders(file_.parent_path());
     if (!error) error = writePropertyListFile(file_, values_);
     changed_ = static_cast<bool>(error);
-    if (error) reportOnce(error);
+    saveFailure_ = error ? error.message() : std::string();
+    if (error) reportOnce();
     return !error;
 }
 
-void UserDefaults::reportOnce(std::error_code error) {
+void UserDefaults::reportOnce() {
     if (failureReported_) return;
     failureReported_ = true;
-    reportLine("the settings cannot be saved: " + file_.string() + ": " + error.message());
+    reportLine("the settings cannot be saved: " + file_.string() + ": " + saveFailure_);
 }
 
 }  // namespace tintoral

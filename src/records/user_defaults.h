@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "support/property_list.h"
 
@@ -44,6 +43,10 @@ class UserDefaults {
     // error the first time, and the next call tries again.
     bool synchronize();
 
+    // Why nothing is saved: the reason of the last synchronize() that failed, or what kept the file
+    // from being used in this run. Empty while all is well.
+    const std::string& saveFailure() const { return saveFailure_; }
+
   private:
     static constexpr std::string_view kPrinterTable = "VT1printerTable";
     static constexpr std::string_view kPrinterId = "VT1printerId";
@@ -52,11 +55,12 @@ class UserDefaults {
     void load();
     void setAside(const std::string& reason);
     void set(std::string_view key, Value value);
-    void reportOnce(std::error_code error);
+    void reportOnce();
 
     std::filesystem::path file_;  // empty: nothing is written
     Dictionary values_;
     bool changed_ = false;
+    std::string saveFailure_;
     bool failureReported_ = false;
 };
 

@@ -1,0 +1,58 @@
+#include "app/save_notice.h"
+
+#include <QAccessible>
+#include <QLabel>
+#include <QMainWindow>
+#include <QStatusBar>
+#include <QStyle>
+#include <memory>
+
+#include "support/text.h"
+
+namespace tintoral {
+namespace {
+
+// Of the window's 440; the window has a fixed size and must not be widened by a long reason.
+constexpr int kTextWidth = 384;
+constexpr int kMargin = 12;
+constexpr int kIconSize = 16;
+
+QLabel* makeNotice(QMainWindow& window) {
+    QStatusBar& bar = *window.statusBar();
+    bar.setSizeGripEnabled(false);
+    bar.setContentsMargins(kMargin, 0, kMargin, kMargin);
+    auto icon = std::make_unique<QLabel>();
+    icon->setPixmap(bar.style()
+                        ->standardIcon(QStyle::SP_MessageBoxWarning)
+                        .pixmap(QSize(kIconSize, kIconSize)));
+    auto text = std::make_unique<QLabel>();
+    text->setObjectName(QStringLiteral("saveNotice"));
+    text->setTextFormat(Qt::PlainText);
+    text->setWordWrap(true);
+    text->setFixedWidth(kTextWidth);
+    bar.addWidget(icon.release());  // the bar owns them
+    bar.addWidget(text.get(), 1);
+    return text.release();
+}
+
+void announce(QLabel& notice) {
+    QAccessibleEvent alert(&notice, QAccessible::Alert);
+    QAccessible::updateAccessibility(&alert);
+}
+
+}  // namespace
+
+void showSaveFailure(QMainWindow& window, const std::string& reason) {
+    auto* notice = window.findChild<QLabel*>(QStringLiteral("saveNotice"));
+    if (!notice && reason.empty()) return;
+    if (!notice) notice = makeNotice(window);
+    window.statusBar()->setVisible(!reason.empty());
+    const auto text = QStringLiteral("Levels and settings cannot be saved: %1")
+                          .arg(QString::fromStdString(cleanText(reason)));
+    if (reason.empty() || notice->text() == text) return;
+    notice->setText(text);
+    notice->setFixedHeight(notice->heightForWidth(kTextWidth));
+    announce(*notice);
+}
+
+}  // namespace tintoral
