@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/app_controller.h"
+#include "app/end_signals.h"
 #include "app/system_sources.h"
 
 namespace {
@@ -27,6 +28,9 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     QApplication::setQuitOnLastWindowClosed(
         false);  // closing the main window quits; a dialog's close does not
     tintoral::AppController controller(tintoral::systemPrinterSources());
+    const tintoral::EndSignals endSignals(controller.myWindow());
+    QObject::connect(&application, &QGuiApplication::commitDataRequest, &controller,
+                     &tintoral::AppController::keepSelection);
     controller.awakeFromNib();
     controller.myWindow().show();
     return QApplication::exec();
