@@ -248,7 +248,7 @@ void AppController::storePrinterTable() {
 
 void AppController::saveSettings() {
     defaults_.synchronize();
-    showSaveFailure(*window_, defaults_.saveFailure());
+    showSaveNotice(*window_, defaults_);
 }
 
 void AppController::handlePrinterRemoved(const PrinterRecordPtr& printer) {

@@ -40,16 +40,28 @@ void announce(QLabel& notice) {
     QAccessible::updateAccessibility(&alert);
 }
 
+QString noticeOf(const UserDefaults& defaults) {
+    const auto shown = [](const std::string& text) {
+        return QString::fromStdString(cleanText(text));
+    };
+    if (!defaults.saveFailure().empty()) {
+        return QStringLiteral("Levels and settings cannot be saved: %1")
+            .arg(shown(defaults.saveFailure()));
+    }
+    if (defaults.keptAside().empty()) return {};
+    return QStringLiteral("The settings could not be read; they are kept as %1")
+        .arg(shown(defaults.keptAside().string()));
+}
+
 }  // namespace
 
-void showSaveFailure(QMainWindow& window, const std::string& reason) {
+void showSaveNotice(QMainWindow& window, const UserDefaults& defaults) {
+    const QString text = noticeOf(defaults);
     auto* notice = window.findChild<QLabel*>(QStringLiteral("saveNotice"));
-    if (!notice && reason.empty()) return;
+    if (!notice && text.isEmpty()) return;
     if (!notice) notice = makeNotice(window);
-    window.statusBar()->setVisible(!reason.empty());
-    const auto text = QStringLiteral("Levels and settings cannot be saved: %1")
-                          .arg(QString::fromStdString(cleanText(reason)));
-    if (reason.empty() || notice->text() == text) return;
+    window.statusBar()->setVisible(!text.isEmpty());
+    if (text.isEmpty() || notice->text() == text) return;
     notice->setText(text);
     notice->setFixedHeight(notice->heightForWidth(kTextWidth));
     announce(*notice);

@@ -42,13 +42,14 @@ void UserDefaults::load() {
 }
 
 void UserDefaults::setAside(const std::string& reason) {
-    const auto aside = keepAside(file_);
-    if (aside.empty()) {
+    keptAside_ = keepAside(file_);
+    if (keptAside_.empty()) {
         saveFailure_ = "the damaged file " + file_.string() + " cannot be renamed";
         file_.clear();
     }
-    reportLine("the settings cannot be read: " + reason +
-               (aside.empty() ? "; settings are not kept" : "; kept as " + aside.string()));
+    reportLine(
+        "the settings cannot be read: " + reason +
+        (keptAside_.empty() ? "; settings are not kept" : "; kept as " + keptAside_.string()));
 }
 
 const Array& UserDefaults::printerTable() const {

@@ -47,6 +47,9 @@ class UserDefaults {
     // from being used in this run. Empty while all is well.
     const std::string& saveFailure() const { return saveFailure_; }
 
+    // Where the file lies that could not be read at start; empty when it could.
+    const std::filesystem::path& keptAside() const { return keptAside_; }
+
   private:
     static constexpr std::string_view kPrinterTable = "VT1printerTable";
     static constexpr std::string_view kPrinterId = "VT1printerId";
@@ -60,6 +63,7 @@ class UserDefaults {
     std::filesystem::path file_;  // empty: nothing is written
     Dictionary values_;
     bool changed_ = false;
+    std::filesystem::path keptAside_;
     std::string saveFailure_;
     bool failureReported_ = false;
 };

@@ -137,7 +137,14 @@ TEST_F(MainWindow, AnUnreachablePrinterKeepsItsLastLevels) {
     EXPECT_NE(find<QLabel>("lastUpdateField").text(), "Last update: not updated yet");
 }
 
-TEST_F(MainWindow, SaysWhyNothingIsSavedUntilItIs) {
+TEST_F(MainWindow, SaysWhatIsWrongWithTheSettingsUntilItIsNot) {
+    const auto file = userDefaultsPath();
+    test::writeFile(file, "damaged");
+    start();
+    EXPECT_EQ(find<QLabel>("saveNotice").text().toStdString(),
+              "The settings could not be read; they are kept as " + file.string() + ".damaged");
+    start();
+    EXPECT_EQ(controller_->myWindow().findChild<QLabel*>("saveNotice"), nullptr);
     std::filesystem::remove_all(home_ / "config");
     test::writeFile(home_ / "config", "in the way");
     choose(printerAt("127.0.0.1"));
