@@ -51,6 +51,7 @@ TEST(AddReading, MovesTheEndOfAnEqualRunOnlyWhereTheLastTwoShareADate) {
         {"second", {reading(50, 1)}, reading(50, 9), 2},
         {"equal run", {reading(50, 1), reading(50, 1)}, reading(50, 9), 2},
         {"as meant: dates of the last two", {reading(50, 1), reading(50, 2)}, reading(50, 9), 3},
+        {"after the clock was set back", {reading(50, 9999)}, reading(50, 9), 2},
         {"no date to compare", {reading(50, 1), reading(50, 2)}, undated, 2},
         {"level of the last two", {reading(51, 1), reading(50, 1)}, reading(50, 1), 3},
         {"colours of the reading", {otherColors, otherColors}, reading(50, 9), 2},
