@@ -1,5 +1,6 @@
 // The window module's one entry, called by the executable when it is started as a window.
 #include <QApplication>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -19,6 +20,7 @@ void reportNoDisplay(QtMsgType type, const QMessageLogContext&, const QString&) 
 }  // namespace
 
 extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, char** argv) {
+    std::signal(SIGPIPE, SIG_IGN);  // what is said on standard error may have lost its reader
     QCoreApplication::setApplicationName(QStringLiteral("Tintoral"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TINTORAL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(TINTORAL_APP_ID));

@@ -72,6 +72,9 @@ HOME=/nonexistent "$build/bin/tintoral" <&- >&- 2>&- & program=$!
 wait_until 20 window || fail "no window without standard streams"
 for fd in 0 1 2; do [ /proc/$program/fd/$fd -ef /dev/null ] || fail "standard stream $fd is in use"; done
 quit_program
+HOME=/nonexistent "$build/bin/tintoral" 2> >(exec true) & program=$!
+wait_until 20 window || fail "no window without a reader of standard error"
+quit_program
 
 echo "settings cut short"
 cp "$defaults" /run/defaults
