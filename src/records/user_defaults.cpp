@@ -37,14 +37,15 @@ void UserDefaults::load() {
     if (auto* values = file.root.as<Dictionary>()) {
         values_ = std::move(*values);
     } else {
-        setAside(file.reason.empty() ? file_.string() + ": not a dictionary" : file.reason);
+        setAside(file);
     }
 }
 
-void UserDefaults::setAside(const std::string& reason) {
-    keptAside_ = keepAside(file_);
+void UserDefaults::setAside(const PropertyListFile& file) {
+    const auto reason = file.reason.empty() ? file_.string() + ": not a dictionary" : file.reason;
+    if (file.state != FileState::OutOfReach) keptAside_ = keepAside(file_);
     if (keptAside_.empty()) {
-        saveFailure_ = "the damaged file " + file_.string() + " cannot be renamed";
+        saveFailure_ = reason;
         file_.clear();
     }
     reportLine(

@@ -25,8 +25,8 @@ class UserDefaults {
   public:
     // Reads the file; a missing one counts as empty. One that is damaged, of the wrong root type or
     // unreadable counts as empty too and is renamed first, so that nothing written later replaces
-    // it. Where it cannot be renamed, or `file` is empty, nothing is written in this run. Each of
-    // these is one line on standard error.
+    // it. Where it cannot be renamed, or could not be read for lack of descriptors or memory, or
+    // `file` is empty, nothing is written in this run. Each of these is one line on standard error.
     explicit UserDefaults(std::filesystem::path file = userDefaultsPath());
 
     // Empty (false) for a setting that is absent or of another type.
@@ -56,7 +56,7 @@ class UserDefaults {
     static constexpr std::string_view kUseModelIcon = "VT1useModelIcon";
 
     void load();
-    void setAside(const std::string& reason);
+    void setAside(const PropertyListFile& file);
     void set(std::string_view key, Value value);
     void reportOnce();
 

