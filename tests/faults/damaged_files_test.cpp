@@ -24,7 +24,7 @@ std::vector<Damage> everyDamage(const std::string& whole) {
     std::vector<Damage> damages;
     for (std::size_t at = 0; at < whole.size(); ++at) {
         damages.push_back({whole.substr(0, at), true, at});
-        for (const char other : {char(whole[at] ^ 1), char(whole[at] ^ 0x80), '\0'}) {
+        for (const char other : {char(whole[at] ^ 1), '\0'}) {
             damages.push_back({whole, false, at});
             damages.back().content[at] = other;
         }

@@ -1,11 +1,11 @@
 #!/bin/bash
-# machine_faults_test.sh BUILD_DIR [CUTS=3], inside tests/support/netns.sh: the program on a machine that fails it. Each
+# machine_faults_test.sh BUILD_DIR [CUTS=2], inside tests/support/netns.sh: the program on a machine that fails it. Each
 # case ends with the program quitting with status 0 and the files of before whole. CUTS: how many lengths of the
 # settings file the program is started on.
 set -euo pipefail
 here=$(dirname "${BASH_SOURCE[0]}")
 source "$here/../end_to_end/program_session.sh"
-cuts=${2:-3}
+cuts=${2:-2}
 readings() { "$build/bin/tintoral-demo-home" readings "$id"; }
 grown() { [ "$(readings)" -gt "$before" ]; }
 said() { grep -qF "$1" /run/errors; }
