@@ -16,6 +16,7 @@
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "app/printer_list_panel.h"
+#include "app/raise_window.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
@@ -140,7 +141,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
     connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
-    connect(dockIcon_.get(), &QSystemTrayIcon::activated, window_.get(), &QWidget::raise);
+    connect(dockIcon_.get(), &QSystemTrayIcon::activated, this, [this] { raise(); });
 }
 
 void AppController::observeNotifications() const {
@@ -334,6 +335,10 @@ void AppController::useModelIconMenuSelected() {
     defaults_.setUseModelIcon(useModelIcon_);
     defaults_.synchronize();
     updateUI();
+}
+
+void AppController::raise(const QByteArray& activationToken) {
+    raiseWindow(*window_, activationToken);
 }
 
 BrowserController& AppController::browserWindow() {

@@ -53,6 +53,9 @@ class AppController : public QObject {
 
     QMainWindow& myWindow() { return *window_; }
 
+    // Brings the window to the person, see raise_window.h.
+    void raise(const QByteArray& activationToken = {});
+
   public Q_SLOTS:
     void printerIdPoupSelected(int index);
     void updateButtonPressed();

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "app/app_controller.h"
+#include "app/single_instance.h"
 #include "app/system_sources.h"
 
 namespace {
@@ -21,6 +22,8 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     QCoreApplication::setApplicationName(QStringLiteral("Tintoral"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TINTORAL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(TINTORAL_APP_ID));
+    tintoral::SingleInstance instance(tintoral::userDefaultsPath());
+    if (instance.handOver()) return EXIT_SUCCESS;
     const QtMessageHandler usual = qInstallMessageHandler(reportNoDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);
@@ -29,5 +32,7 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     tintoral::AppController controller(tintoral::systemPrinterSources());
     controller.awakeFromNib();
     controller.myWindow().show();
+    const auto laterStarts =
+        instance.listen([&](const QByteArray& token) { controller.raise(token); });
     return QApplication::exec();
 }
