@@ -17,24 +17,20 @@
 #include "app/notification_center.h"
 #include "app/printer_list_panel.h"
 #include "app/raise_window.h"
+#include "app/shown_text.h"
+#include "app/status_icon.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
 #include "records/maintenance_items.h"
 #include "records/model_merge.h"
-#include "support/text.h"
 #include "ui_MainWindow.h"
 
 namespace tintoral {
 namespace {
 
 constexpr int kInksWithoutReading = 10;
-
-// Stored texts may be foreign: they are shown without control characters.
-QString shown(const std::string& text) {
-    return QString::fromStdString(cleanText(text));
-}
 
 std::vector<std::string> rgbColorsOf(const PrinterRecord* printer) {
     return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>())
@@ -85,10 +81,10 @@ void AppController::awakeFromNib() {
     historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
     if (printerDict_) restoreLastLevels(*printerDict_);
     iconPathTable_ = makeIconPathTable();
-    dockIcon_ = std::make_unique<QSystemTrayIcon>();
+    statusIcon_ = std::make_unique<StatusIcon>(*ui_->actionUpdate, *ui_->actionQuit);
     connectActions();
     updateUI();
-    dockIcon_->show();
+    statusIcon_->show();
 }
 
 void AppController::finishStart() {
@@ -141,7 +137,7 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
     connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
-    connect(dockIcon_.get(), &QSystemTrayIcon::activated, this, [this] { raise(); });
+    connect(statusIcon_.get(), &StatusIcon::showRequested, this, [this] { raise(); });
 }
 
 void AppController::observeNotifications() const {
@@ -268,7 +264,7 @@ void AppController::updatePopup() {
     QComboBox& box = *ui_->printerIdPopup;
     box.clear();
     for (const PrinterRecordPtr& printer : popup_.printers())
-        box.addItem(shown(printer->text(keys::printerId)));
+        box.addItem(shownText(printer->text(keys::printerId)));
     box.insertSeparator(box.count());
     box.addItem(QStringLiteral("Select printer"));
     const int selected = printerDict_ ? popup_.indexOf(printerDict_->text(keys::printerId)) : -1;
@@ -286,8 +282,9 @@ void AppController::updateUI() {
 
 void AppController::updateStatus() {
     const StatusLine line = statusLine(printerDict_.get());
-    ui_->statusField->setText(shown(line.text));
+    ui_->statusField->setText(shownText(line.text));
     ui_->updateButton->setEnabled(line.canUpdate);
+    statusIcon_->describe(printerDict_.get());
     updateMenus();
     updateListPanel();
 }
@@ -401,7 +398,7 @@ void AppController::diagnoseMenuSelected() {
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
         QImage icon(
-            shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
+            shownText(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
         if (!icon.isNull()) return icon;
     }
     return applicationPicture();
@@ -412,9 +409,7 @@ void AppController::updateDockIcon() {
     const QIcon icon =
         tintoral::dockIcon(inkDictOf(printer), rgbColorsOf(printer), dockBackground());
     QApplication::setWindowIcon(icon);
-    dockIcon_->setIcon(icon);
-    dockIcon_->setToolTip(printer ? shown(printer->text(keys::printerId))
-                                  : QStringLiteral("Tintoral"));
+    statusIcon_->setIcon(icon);
 }
 
 bool AppController::eventFilter(QObject* watched, QEvent* event) {
@@ -430,7 +425,7 @@ bool AppController::eventFilter(QObject* watched, QEvent* event) {
 void AppController::windowWillClose() {
     if (printerDict_) defaults_.setPrinterId(printerDict_->text(keys::printerId));
     defaults_.synchronize();
-    dockIcon_->hide();
+    statusIcon_->hide();
     QCoreApplication::quit();
 }
 

@@ -8,7 +8,6 @@
 
 #include <QMainWindow>
 #include <QObject>
-#include <QSystemTrayIcon>
 #include <memory>
 #include <vector>
 
@@ -32,6 +31,7 @@ class AboutPanelController;
 class DiagWindowController;
 class InkHistoryController;
 class PrinterListPanel;
+class StatusIcon;
 
 class AppController : public QObject {
     Q_OBJECT
@@ -106,7 +106,7 @@ class AppController : public QObject {
 
     std::unique_ptr<QMainWindow> window_;
     std::unique_ptr<Ui::MainWindow> ui_;
-    std::unique_ptr<QSystemTrayIcon> dockIcon_;
+    std::unique_ptr<StatusIcon> statusIcon_;
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
