@@ -81,7 +81,7 @@ void AppController::awakeFromNib() {
     historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
     if (printerDict_) restoreLastLevels(*printerDict_);
     iconPathTable_ = makeIconPathTable();
-    statusIcon_ = std::make_unique<StatusIcon>(*ui_->actionUpdate, *ui_->actionQuit);
+    statusIcon_ = std::make_unique<StatusIcon>(*ui_->actionUpdate, *ui_->actionQuit, this);
     connectActions();
     updateUI();
     statusIcon_->show();
@@ -132,12 +132,14 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
+    whenTriggered(ui_->actionNotifyLowInk, &AppController::notifyLowInkMenuSelected);
     whenTriggered(ui_->actionInkHistory, &AppController::showInkHistory);
     whenTriggered(ui_->actionDiagnose, &AppController::diagnoseMenuSelected);
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
     connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
     connect(statusIcon_.get(), &StatusIcon::showRequested, this, [this] { raise(); });
+    connect(&lowInkNotifier_, &LowInkNotifier::clicked, this, &AppController::raise);
 }
 
 void AppController::observeNotifications() const {
@@ -221,6 +223,7 @@ void AppController::updateAndKeep(PrinterRecord& printer) {
     if (updatePrinter(printer) == UpdateOutcome::Levels) {
         historyWindow_->saveInkReadingsForPrinterId(*printer.dictionary(keys::inkDict),
                                                     printer.text(keys::printerId));
+        lowInkNotifier_.readingTaken(printer);
         storePrinterTable();
     }
     updateUI();
@@ -229,6 +232,7 @@ void AppController::updateAndKeep(PrinterRecord& printer) {
 // The file of the printer's history stays: the readings come back when the printer does.
 void AppController::forgetPrinter(const std::string& printerId) {
     removePrinter(printerTable_, printerId);
+    lowInkNotifier_.forget(printerId);
     popup_.remove(printerId);
     if (printerDict_ && printerDict_->text(keys::printerId) == printerId) printerDict_ = nullptr;
     defaults_.setPrinterId(printerDict_ ? printerDict_->text(keys::printerId) : std::string());
@@ -306,6 +310,7 @@ void AppController::updateMenus() {
     ui_->actionDiagnose->setEnabled(selected);
     ui_->actionUseModelIcon->setEnabled(selected);
     ui_->actionUseModelIcon->setChecked(useModelIcon_);
+    ui_->actionNotifyLowInk->setChecked(defaults_.notifyLowInk());
     ui_->actionUpdate->setEnabled(ui_->updateButton->isEnabled());
     for (const MaintenanceItem& item : kMaintenanceItems) {
         QAction* action = maintenanceAction(item.option);
@@ -332,6 +337,12 @@ void AppController::useModelIconMenuSelected() {
     defaults_.setUseModelIcon(useModelIcon_);
     defaults_.synchronize();
     updateUI();
+}
+
+void AppController::notifyLowInkMenuSelected() {
+    defaults_.setNotifyLowInk(ui_->actionNotifyLowInk->isChecked());
+    if (!defaults_.notifyLowInk()) lowInkNotifier_.forgetAll();
+    storePrinterTable();
 }
 
 void AppController::raise(const QByteArray& activationToken) {

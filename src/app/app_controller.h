@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "app/browser_controller.h"
+#include "app/low_ink_notifier.h"
 #include "monitor/printer_popup.h"
 #include "records/icon_path_table.h"
 #include "records/model_table.h"
@@ -61,6 +62,7 @@ class AppController : public QObject {
     void updateButtonPressed();
     void menuItemNozzleOptions();
     void useModelIconMenuSelected();
+    void notifyLowInkMenuSelected();
     void showSelectionWindow();
     void addByAddress();
     void showInkHistory();
@@ -116,6 +118,7 @@ class AppController : public QObject {
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;
+    LowInkNotifier lowInkNotifier_{printerTable_, defaults_};
     std::vector<IconPathEntry> iconPathTable_;
     PrinterPopup popup_;
     PrinterRecordPtr printerDict_;  // the selected record, or none

@@ -41,8 +41,12 @@ QIcon swatch(const QColor& color) {
 
 }  // namespace
 
-StatusIcon::StatusIcon(QAction& update, QAction& quit)
-    : show_(new QAction(QStringLiteral("&Show Tintoral"), this)), update_(&update), quit_(&quit) {
+StatusIcon::StatusIcon(QAction& update, QAction& quit, QObject* parent)
+    : QObject(parent),
+      show_(new QAction(QStringLiteral("&Show Tintoral"), this)),
+      update_(&update),
+      quit_(&quit),
+      icon_(this) {
     connect(show_, &QAction::triggered, this, &StatusIcon::showRequested);
     connect(&icon_, &QSystemTrayIcon::activated, this, [this](auto reason) {
         if (reason == QSystemTrayIcon::Trigger || reason == QSystemTrayIcon::DoubleClick)
@@ -70,8 +74,10 @@ void StatusIcon::describe(const PrinterRecord* printer) {
 void StatusIcon::fillMenu(const QString& name, const std::vector<InkRow>& inks) {
     menu_.clear();  // and deletes the lines, which are its own
     menu_.addActions({show_, update_});
-    menu_.addSeparator();
-    if (!name.isEmpty()) menu_.addAction(menuText(name))->setEnabled(false);
+    if (!name.isEmpty()) {
+        menu_.addSeparator();
+        menu_.addAction(menuText(name))->setEnabled(false);
+    }
     for (const InkRow& ink : inks)
         menu_.addAction(swatch(ink.color.color), menuText(lineOf(ink)))->setEnabled(false);
     menu_.addSeparator();

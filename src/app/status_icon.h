@@ -26,7 +26,7 @@ class StatusIcon : public QObject {
 
   public:
     // The main window's "Update" and "Quit", which outlive the icon and keep their state here.
-    StatusIcon(QAction& update, QAction& quit);
+    StatusIcon(QAction& update, QAction& quit, QObject* parent);
 
     void show() { icon_.show(); }
     void hide() { icon_.hide(); }
