@@ -127,7 +127,8 @@ bool SingleInstance::handOver() {
         pauseFor(kRetry);
         lock = tryLock();
     }
-    if (lock != Lock::Mine) reportLine("no watch for a second start: " + lockPath_.string());
+    if (lock != Lock::Mine)
+        reportLine("a second start will open a second window: cannot lock " + lockPath_.string());
     return false;
 }
 
