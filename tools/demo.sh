@@ -54,6 +54,7 @@ start_xvfb() {
     Xvfb -displayfd 3 -screen 0 1000x800x24 -nolisten tcp -noreset 3>"$demo/display" 2>/dev/null & children+=($!)
     wait_until 10 test -s "$demo/display"
     export DISPLAY=:$(cat "$demo/display") QT_QPA_PLATFORM=xcb
+    export DBUS_SESSION_BUS_ADDRESS=disabled:  # no bubbles on the desktop of a session elsewhere
     unset WAYLAND_DISPLAY
 }
 

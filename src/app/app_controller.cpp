@@ -16,25 +16,22 @@
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "app/printer_list_panel.h"
+#include "app/raise_window.h"
 #include "app/save_notice.h"
+#include "app/shown_text.h"
+#include "app/status_icon.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
 #include "records/maintenance_items.h"
 #include "records/model_merge.h"
-#include "support/text.h"
 #include "ui_MainWindow.h"
 
 namespace tintoral {
 namespace {
 
 constexpr int kInksWithoutReading = 10;
-
-// Stored texts may be foreign: they are shown without control characters.
-QString shown(const std::string& text) {
-    return QString::fromStdString(cleanText(text));
-}
 
 std::vector<std::string> rgbColorsOf(const PrinterRecord* printer) {
     return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>())
@@ -85,10 +82,10 @@ void AppController::awakeFromNib() {
     historyWindow_ = std::make_unique<InkHistoryController>(window_.get());
     if (printerDict_) restoreLastLevels(*printerDict_);
     iconPathTable_ = makeIconPathTable();
-    dockIcon_ = std::make_unique<QSystemTrayIcon>();
+    statusIcon_ = std::make_unique<StatusIcon>(*ui_->actionUpdate, *ui_->actionQuit, this);
     connectActions();
     updateUI();
-    dockIcon_->show();
+    statusIcon_->show();
 }
 
 void AppController::finishStart() {
@@ -136,12 +133,14 @@ void AppController::connectActions() {
     whenTriggered(ui_->actionNozzleCleaning, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionCleaningAndTestPrint, &AppController::menuItemNozzleOptions);
     whenTriggered(ui_->actionUseModelIcon, &AppController::useModelIconMenuSelected);
+    whenTriggered(ui_->actionNotifyLowInk, &AppController::notifyLowInkMenuSelected);
     whenTriggered(ui_->actionInkHistory, &AppController::showInkHistory);
     whenTriggered(ui_->actionDiagnose, &AppController::diagnoseMenuSelected);
     whenTriggered(ui_->actionCheckUpdate, &AppController::openProductPage);
     whenTriggered(ui_->actionAbout, &AppController::showAboutPanel);
     connect(ui_->actionQuit, &QAction::triggered, window_.get(), &QWidget::close);
-    connect(dockIcon_.get(), &QSystemTrayIcon::activated, window_.get(), &QWidget::raise);
+    connect(statusIcon_.get(), &StatusIcon::showRequested, this, [this] { raise(); });
+    connect(&lowInkNotifier_, &LowInkNotifier::clicked, this, &AppController::raise);
 }
 
 void AppController::observeNotifications() const {
@@ -225,6 +224,7 @@ void AppController::updateAndKeep(PrinterRecord& printer) {
     if (updatePrinter(printer) == UpdateOutcome::Levels) {
         historyWindow_->saveInkReadingsForPrinterId(*printer.dictionary(keys::inkDict),
                                                     printer.text(keys::printerId));
+        lowInkNotifier_.readingTaken(printer);
         storePrinterTable();
     }
     updateUI();
@@ -233,6 +233,7 @@ void AppController::updateAndKeep(PrinterRecord& printer) {
 // The file of the printer's history stays: the readings come back when the printer does.
 void AppController::forgetPrinter(const std::string& printerId) {
     removePrinter(printerTable_, printerId);
+    lowInkNotifier_.forget(printerId);
     popup_.remove(printerId);
     if (printerDict_ && printerDict_->text(keys::printerId) == printerId) printerDict_ = nullptr;
     defaults_.setPrinterId(printerDict_ ? printerDict_->text(keys::printerId) : std::string());
@@ -273,7 +274,7 @@ void AppController::updatePopup() {
     QComboBox& box = *ui_->printerIdPopup;
     box.clear();
     for (const PrinterRecordPtr& printer : popup_.printers())
-        box.addItem(shown(printer->text(keys::printerId)));
+        box.addItem(shownText(printer->text(keys::printerId)));
     box.insertSeparator(box.count());
     box.addItem(QStringLiteral("Select printer"));
     const int selected = printerDict_ ? popup_.indexOf(printerDict_->text(keys::printerId)) : -1;
@@ -291,8 +292,9 @@ void AppController::updateUI() {
 
 void AppController::updateStatus() {
     const StatusLine line = statusLine(printerDict_.get());
-    ui_->statusField->setText(shown(line.text));
+    ui_->statusField->setText(shownText(line.text));
     ui_->updateButton->setEnabled(line.canUpdate);
+    statusIcon_->describe(printerDict_.get());
     updateMenus();
     updateListPanel();
 }
@@ -314,6 +316,7 @@ void AppController::updateMenus() {
     ui_->actionDiagnose->setEnabled(selected);
     ui_->actionUseModelIcon->setEnabled(selected);
     ui_->actionUseModelIcon->setChecked(useModelIcon_);
+    ui_->actionNotifyLowInk->setChecked(defaults_.notifyLowInk());
     ui_->actionUpdate->setEnabled(ui_->updateButton->isEnabled());
     for (const MaintenanceItem& item : kMaintenanceItems) {
         QAction* action = maintenanceAction(item.option);
@@ -340,6 +343,16 @@ void AppController::useModelIconMenuSelected() {
     defaults_.setUseModelIcon(useModelIcon_);
     saveSettings();
     updateUI();
+}
+
+void AppController::notifyLowInkMenuSelected() {
+    defaults_.setNotifyLowInk(ui_->actionNotifyLowInk->isChecked());
+    if (!defaults_.notifyLowInk()) lowInkNotifier_.forgetAll();
+    storePrinterTable();
+}
+
+void AppController::raise(const QByteArray& activationToken) {
+    raiseWindow(*window_, activationToken);
 }
 
 BrowserController& AppController::browserWindow() {
@@ -402,7 +415,7 @@ void AppController::diagnoseMenuSelected() {
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
         QImage icon(
-            shown(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
+            shownText(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
         if (!icon.isNull()) return icon;
     }
     return applicationPicture();
@@ -413,9 +426,7 @@ void AppController::updateDockIcon() {
     const QIcon icon =
         tintoral::dockIcon(inkDictOf(printer), rgbColorsOf(printer), dockBackground());
     QApplication::setWindowIcon(icon);
-    dockIcon_->setIcon(icon);
-    dockIcon_->setToolTip(printer ? shown(printer->text(keys::printerId))
-                                  : QStringLiteral("Tintoral"));
+    statusIcon_->setIcon(icon);
 }
 
 bool AppController::eventFilter(QObject* watched, QEvent* event) {
@@ -435,7 +446,7 @@ void AppController::keepSelection() {
 
 void AppController::windowWillClose() {
     keepSelection();
-    dockIcon_->hide();
+    statusIcon_->hide();
     QCoreApplication::quit();
 }
 

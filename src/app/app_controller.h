@@ -8,11 +8,11 @@
 
 #include <QMainWindow>
 #include <QObject>
-#include <QSystemTrayIcon>
 #include <memory>
 #include <vector>
 
 #include "app/browser_controller.h"
+#include "app/low_ink_notifier.h"
 #include "monitor/printer_popup.h"
 #include "records/icon_path_table.h"
 #include "records/model_table.h"
@@ -32,6 +32,7 @@ class AboutPanelController;
 class DiagWindowController;
 class InkHistoryController;
 class PrinterListPanel;
+class StatusIcon;
 
 class AppController : public QObject {
     Q_OBJECT
@@ -53,11 +54,15 @@ class AppController : public QObject {
 
     QMainWindow& myWindow() { return *window_; }
 
+    // Brings the window to the person, see raise_window.h.
+    void raise(const QByteArray& activationToken = {});
+
   public Q_SLOTS:
     void printerIdPoupSelected(int index);
     void updateButtonPressed();
     void menuItemNozzleOptions();
     void useModelIconMenuSelected();
+    void notifyLowInkMenuSelected();
     void showSelectionWindow();
     void addByAddress();
     void showInkHistory();
@@ -107,7 +112,7 @@ class AppController : public QObject {
 
     std::unique_ptr<QMainWindow> window_;
     std::unique_ptr<Ui::MainWindow> ui_;
-    std::unique_ptr<QSystemTrayIcon> dockIcon_;
+    std::unique_ptr<StatusIcon> statusIcon_;
     PrinterSources sources_;
     std::unique_ptr<BrowserController> browserWindow_;
     std::unique_ptr<InkHistoryController> historyWindow_;
@@ -117,6 +122,7 @@ class AppController : public QObject {
     UserDefaults defaults_;
     ModelTable printerItemDict_;
     PrinterTable printerTable_;
+    LowInkNotifier lowInkNotifier_{printerTable_, defaults_};
     std::vector<IconPathEntry> iconPathTable_;
     PrinterPopup popup_;
     PrinterRecordPtr printerDict_;  // the selected record, or none

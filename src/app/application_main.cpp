@@ -6,6 +6,7 @@
 
 #include "app/app_controller.h"
 #include "app/end_signals.h"
+#include "app/single_instance.h"
 #include "app/system_sources.h"
 
 namespace {
@@ -24,6 +25,8 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
     QCoreApplication::setApplicationName(QStringLiteral("Tintoral"));
     QCoreApplication::setApplicationVersion(QStringLiteral(TINTORAL_VERSION));
     QGuiApplication::setDesktopFileName(QStringLiteral(TINTORAL_APP_ID));
+    tintoral::SingleInstance instance(tintoral::userDefaultsPath());
+    if (instance.handOver()) return EXIT_SUCCESS;
     const QtMessageHandler usual = qInstallMessageHandler(reportNoDisplay);
     QApplication application(argc, argv);
     qInstallMessageHandler(usual);
@@ -35,5 +38,7 @@ extern "C" __attribute__((visibility("default"))) int applicationMain(int argc, 
                      &tintoral::AppController::keepSelection);
     controller.awakeFromNib();
     controller.myWindow().show();
+    const auto laterStarts =
+        instance.listen([&](const QByteArray& token) { controller.raise(token); });
     return QApplication::exec();
 }

@@ -5,7 +5,6 @@
 #include <limits>
 
 #include "ink/color_vocabulary.h"
-#include "records/printer_record.h"
 #include "support/text.h"
 
 namespace tintoral {
@@ -37,6 +36,13 @@ std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::st
         rows.push_back({cleanText(name), levelOf(inkDict, name), colorOf(name, rgbColor, picture)});
     }
     return rows;
+}
+
+std::vector<InkRow> inkRowsOf(const PrinterRecord& printer, Picture picture) {
+    const Dictionary* inkDict = printer.dictionary(keys::inkDict);
+    if (!inkDict) return {};
+    const auto rgbColors = printer.texts(keys::rgbColors);
+    return inkRows(*inkDict, rgbColors.value_or(std::vector<std::string>()), picture);
 }
 
 QString levelText(int level) {

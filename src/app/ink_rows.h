@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "app/ink_colors.h"
-#include "support/property_list.h"
+#include "records/printer_record.h"
 
 namespace tintoral {
 
@@ -22,6 +22,9 @@ struct InkRow {
 // has no "#..." text the ink's name gives the colour.
 std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::string>& rgbColors,
                             Picture picture);
+
+// The rows of a record's last reading; none when it has no reading.
+std::vector<InkRow> inkRowsOf(const PrinterRecord& printer, Picture picture);
 
 // A level in words: "42 %", "not empty" (kLevelSomeRemaining) or, for other markers, "unknown".
 QString levelText(int level);

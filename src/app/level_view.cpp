@@ -9,6 +9,7 @@
 #include <array>
 
 #include "app/level_view_accessible.h"
+#include "monitor/low_ink.h"
 #include "records/printer_record.h"
 
 namespace tintoral {
@@ -69,8 +70,8 @@ constexpr std::array kRings{
 };
 
 const Tint& tintForLevel(const Ring& ring, int level) {
-    if (level <= 10) return ring.red;
-    return level <= 20 ? ring.yellow : ring.grey;
+    if (level <= kVeryLowLevel) return ring.red;
+    return level <= kLowLevel ? ring.yellow : ring.grey;
 }
 
 QColor whiteShade(const QColor& color, std::size_t index) {

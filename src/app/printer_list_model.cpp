@@ -5,25 +5,14 @@
 #include <QStringList>
 #include <algorithm>
 
+#include "app/shown_text.h"
 #include "monitor/record_rules.h"
-#include "support/text.h"
 
 namespace tintoral {
 namespace {
 
 constexpr std::array<const char*, PrinterListModel::kColumns> kTitles{"Printer", "Ink levels",
                                                                       "Status", "Last update"};
-
-QString shown(const std::string& text) {
-    return QString::fromStdString(cleanText(text));
-}
-
-std::vector<InkRow> inksOf(const PrinterRecord& printer) {
-    const Dictionary* inkDict = printer.dictionary(keys::inkDict);
-    if (!inkDict) return {};
-    const auto rgbColors = printer.texts(keys::rgbColors);
-    return inkRows(*inkDict, rgbColors.value_or(std::vector<std::string>()), Picture::LevelView);
-}
 
 std::optional<Date> lastUpdate(const PrinterRecord& printer) {
     const Dictionary* inkDict = printer.dictionary(keys::inkDict);
@@ -57,12 +46,12 @@ QString inkInWords(const InkRow& ink) {
 }
 
 PrinterListModel::Row PrinterListModel::makeRow(const PrinterRecordPtr& printer) {
-    Row row{printer, inksOf(*printer), {}, {}, {}};
+    Row row{printer, inkRowsOf(*printer, Picture::LevelView), {}, {}, {}};
     const QStringList inks = inksInWords(row.inks);
     const std::optional<Date> date = lastUpdate(*printer);
     row.inkLines = inks.join(QLatin1Char('\n'));
-    row.cells = {shown(printer->text(keys::printerId)), inks.join(QStringLiteral(", ")),
-                 shown(statusLine(printer.get()).text), dateInWords(date)};
+    row.cells = {shownText(printer->text(keys::printerId)), inks.join(QStringLiteral(", ")),
+                 shownText(statusLine(printer.get()).text), dateInWords(date)};
     const InkRow* lowest = lowestInk(row.inks);
     row.sortKeys = {
         row.cells[Name], lowest ? QVariant(lowest->level) : QVariant(), row.cells[Status],

@@ -52,6 +52,8 @@ inline constexpr std::string_view printNozzleCheckPattern = "printNozzleCheckPat
 inline constexpr std::string_view cleaningAndTestPrint = "cleaningAndTestPrint";
 inline constexpr std::string_view addedByAddress =
     "addedByAddress";  // typed in by the person; never announced
+inline constexpr std::string_view announcedInks =
+    "announcedInks";  // those whose low level the person was told of (monitor/low_ink.h)
 }  // namespace keys
 
 // Keys of a model-table entry that are not keys of a record.

@@ -3,6 +3,7 @@
 //   VT1printerTable   array of printer records
 //   VT1printerId      text, the "printerId" of the selected printer
 //   VT1useModelIcon   integer 0 or 1, whether the Dock icon is the model's own
+//   VT1notifyLowInk   integer 0 or 1, whether the desktop tells of low ink; 1 when absent
 //
 // The file is `$XDG_CONFIG_HOME/Tintoral/Tintoral.plist` (`~/.config` where that is unset or
 // relative: the XDG base directories). Keys that the program does not know survive. The
@@ -29,14 +30,16 @@ class UserDefaults {
     // `file` is empty, nothing is written in this run. Each of these is one line on standard error.
     explicit UserDefaults(std::filesystem::path file = userDefaultsPath());
 
-    // Empty (false) for a setting that is absent or of another type.
+    // A setting that is absent or of another type: empty, without the model's icon, with notices.
     const Array& printerTable() const;
     std::string printerId() const { return values_.text(kPrinterId); }
     bool useModelIcon() const { return values_.integer(kUseModelIcon).value_or(0) != 0; }
+    bool notifyLowInk() const { return values_.integer(kNotifyLowInk).value_or(1) != 0; }
 
     void setPrinterTable(Array table) { set(kPrinterTable, std::move(table)); }
     void setPrinterId(std::string_view id) { set(kPrinterId, id); }
     void setUseModelIcon(bool use) { set(kUseModelIcon, use ? 1 : 0); }
+    void setNotifyLowInk(bool notify) { set(kNotifyLowInk, notify ? 1 : 0); }
 
     // Writes the settings when they have changed, making the folder (0700) when it is missing.
     // False when they could not be written: the old file stays whole, the reason goes to standard
@@ -54,6 +57,7 @@ class UserDefaults {
     static constexpr std::string_view kPrinterTable = "VT1printerTable";
     static constexpr std::string_view kPrinterId = "VT1printerId";
     static constexpr std::string_view kUseModelIcon = "VT1useModelIcon";
+    static constexpr std::string_view kNotifyLowInk = "VT1notifyLowInk";
 
     void load();
     void setAside(const PropertyListFile& file);

@@ -6,8 +6,10 @@
 #include <QAction>
 #include <QComboBox>
 #include <QLabel>
+#include <QMenu>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QSystemTrayIcon>
 #include <QTableView>
 #include <QTextBrowser>
 #include <QTimer>
@@ -20,6 +22,7 @@
 #include "app/printer_list_model.h"
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
+#include "support/notification_server.h"
 #include "support/tcp_peer.h"
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
@@ -315,6 +318,123 @@ TEST_F(MainWindow, ClosingKeepsTheSelection) {
     Q_EMIT find<QComboBox>("printerIdPopup").activated(1);
     controller_->myWindow().close();
     EXPECT_EQ(UserDefaults().printerId(), printerAt("127.0.0.1")->text(keys::printerId));
+}
+
+TEST_F(MainWindow, TheStatusIconSaysTheSameInWordsAndBringsTheWindowBack) {
+    auto& icon = *controller_->findChild<QSystemTrayIcon*>();
+    const auto lines = [&] {
+        QStringList texts;
+        for (const QAction* action : icon.contextMenu()->actions())
+            texts << (action->isEnabled() ? "" : "- ") + action->text();
+        return texts.join('|').toStdString();
+    };
+    EXPECT_EQ(lines(), "&Show Tintoral|- &Update||&Quit");
+    EXPECT_EQ(icon.toolTip(), "Tintoral\nPrinter is not selected");
+    const PrinterRecordPtr printer =
+        makeAddressedRecord({"127.0.0.1", Connection::RawPort, 9100, "EPSON X"});
+    printer->set(keys::printerName, "<b>Tom & Ann</b>\x1b");
+    printer->set(keys::colors, std::vector<std::string>{"Red & Black", std::string(70, 'c')});
+    epson_.change({.inks = {{0, 45}, {1, -3}}});
+    choose(printer);
+    EXPECT_EQ(lines(), "&Show Tintoral|&Update||- <b>Tom && Ann</b>|- Red && Black: 45 %|- " +
+                           std::string(59, 'c') + "\u2026: not empty||&Quit");
+    EXPECT_FALSE(Qt::mightBeRichText(icon.toolTip()));
+    EXPECT_TRUE(icon.toolTip().startsWith("Tintoral\n<b>Tom & Ann</b>\nIdle\nRed & Black: 45 %\n"));
+    const QIcon swatch = icon.contextMenu()->actions().at(4)->icon();
+    EXPECT_EQ(swatch.pixmap(16, QIcon::Disabled).toImage(), swatch.pixmap(16).toImage());
+
+    controller_->myWindow().showMinimized();
+    Q_EMIT icon.activated(QSystemTrayIcon::Context);
+    EXPECT_TRUE(controller_->myWindow().isMinimized());
+    Q_EMIT icon.activated(QSystemTrayIcon::Trigger);
+    EXPECT_FALSE(controller_->myWindow().isMinimized());
+    EXPECT_TRUE(controller_->myWindow().isActiveWindow());
+}
+
+class Desktop : public MainWindow {
+  protected:
+    static void SetUpTestSuite() {
+        if (test::hasMessageBus()) bus_.emplace();
+    }
+    static void TearDownTestSuite() { bus_.reset(); }
+    void SetUp() override {
+        if (!bus_) GTEST_SKIP() << "no dbus-daemon";
+        ASSERT_TRUE(QDBusConnection::sessionBus().isConnected()) << "asked for by a test before";
+        server_.emplace();
+        printer_->set(keys::colors, std::vector<std::string>{"Black", "<i>Cyan"});
+        choose(printer_);
+    }
+
+    // The printer has these levels, and is asked; then all that the desktop is asked for.
+    std::string whenLevelsAre(int black, int cyan) {
+        epson_.change({.inks = {{0, black}, {1, cyan}}});
+        controller_->updateButtonPressed();
+        return told();
+    }
+    std::string told() { return server_->takeLog().join(' ').toStdString(); }
+
+    static std::optional<test::SessionBus> bus_;
+    std::optional<test::NotificationServer> server_;
+    PrinterRecordPtr printer_ =
+        makeAddressedRecord({"127.0.0.1", Connection::RawPort, 9100, "EPSON X"});
+};
+std::optional<test::SessionBus> Desktop::bus_;
+
+TEST_F(Desktop, IsToldOfLowInkOnceForEachThresholdEvenAfterARestart) {
+    EXPECT_EQ(whenLevelsAre(60, 21), "");
+    EXPECT_EQ(whenLevelsAre(60, 20), "+1 &lt;i&gt;Cyan: 20 %");
+    const QVariantList& arguments = server_->lastArguments();
+    EXPECT_EQ(arguments.value(3).toString().toStdString(), "Ink is low: EPSON X (127.0.0.1)");
+    EXPECT_EQ(arguments.value(5), QStringList({"default", "Show"}));
+    EXPECT_EQ(whenLevelsAre(60, 20), "");
+    EXPECT_EQ(whenLevelsAre(20, 18), "~1 Black: 20 %|&lt;i&gt;Cyan: 18 %");
+    EXPECT_EQ(whenLevelsAre(60, 18), "~1 &lt;i&gt;Cyan: 18 %");
+    start();
+    EXPECT_EQ(told(), "-1");
+    EXPECT_EQ(whenLevelsAre(60, 17), "") << "known before the restart";
+    EXPECT_EQ(whenLevelsAre(60, 10), "+2 &lt;i&gt;Cyan: 10 %");
+    server_->dismiss(2);
+    told();
+    EXPECT_EQ(whenLevelsAre(60, 9), "") << "the person has seen it";
+    EXPECT_EQ(whenLevelsAre(19, 9), "+3 Black: 19 %|&lt;i&gt;Cyan: 9 %");
+    EXPECT_EQ(whenLevelsAre(100, 100), "-3");
+    EXPECT_EQ(whenLevelsAre(100, 20), "+4 &lt;i&gt;Cyan: 20 %");
+}
+
+TEST_F(Desktop, AClickOnANotificationBringsTheWindowBack) {
+    EXPECT_EQ(whenLevelsAre(5, 60), "+1 Black: 5 %");
+    controller_->myWindow().showMinimized();
+    server_->click(7);
+    told();
+    EXPECT_TRUE(controller_->myWindow().isMinimized()) << "somebody else's notification";
+    server_->click(1);
+    told();
+    EXPECT_FALSE(controller_->myWindow().isMinimized());
+}
+
+TEST_F(Desktop, IsNotToldWhenSwitchedOffAndToldAgainWhenSwitchedOn) {
+    auto& item = find<QAction>("actionNotifyLowInk");
+    EXPECT_TRUE(item.isChecked());
+    EXPECT_EQ(whenLevelsAre(5, 60), "+1 Black: 5 %");
+    item.trigger();
+    EXPECT_EQ(told(), "-1");
+    start();
+    EXPECT_FALSE(find<QAction>("actionNotifyLowInk").isChecked());
+    EXPECT_EQ(whenLevelsAre(4, 60), "");
+    find<QAction>("actionNotifyLowInk").trigger();
+    EXPECT_EQ(whenLevelsAre(4, 60), "+2 Black: 4 %");
+}
+
+TEST_F(Desktop, WithoutAServerNothingCountsAsTold) {
+    server_.reset();
+    epson_.change({.inks = {{0, 5}, {1, 60}}});
+    controller_->updateButtonPressed();
+    const auto isTakenBack = [&] { return !printer_->contains(keys::announcedInks); };
+    EXPECT_FALSE(isTakenBack());
+    EXPECT_TRUE(QTest::qWaitFor(isTakenBack));
+    EXPECT_FALSE(UserDefaults().printerTable()[0].as<Dictionary>()->contains(keys::announcedInks));
+    server_.emplace();
+    EXPECT_EQ(whenLevelsAre(5, 60), "+1 Black: 5 %");
 }
 
 }  // namespace

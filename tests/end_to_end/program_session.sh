@@ -8,7 +8,9 @@ done
 
 # In /run, which is this namespace's own, with all that the program keeps.
 export HOME=/run/home
-unset XDG_CONFIG_HOME WAYLAND_DISPLAY QT_QPA_PLATFORM
+unset XDG_CONFIG_HOME XDG_RUNTIME_DIR WAYLAND_DISPLAY QT_QPA_PLATFORM
+# The desktop of whoever runs the tests is left alone.
+export DBUS_SESSION_BUS_ADDRESS=disabled:
 export LSAN_OPTIONS=print_suppressions=0:suppressions=$(realpath "$(dirname "${BASH_SOURCE[0]}")/../support/lsan.supp")
 mkdir -p "$HOME"
 defaults=$HOME/.config/Tintoral/Tintoral.plist
