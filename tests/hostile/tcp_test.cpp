@@ -69,6 +69,14 @@ std::vector<Hardship> hardshipsFor(const Exchange& exchange) {
     return all;
 }
 
+// One byte of data in each message.
+std::vector<Hardship> stationHardships() {
+    return {{"a byte in each answer", {.spoil = [](ByteVector& answer) {
+                 answer.resize(25, 'x');
+                 lyingBy({12, 4}, 1)(answer);
+             }}}};
+}
+
 // HTTP tells its lengths in words.
 std::vector<Hardship> httpHardships() {
     const std::string ok = "HTTP/1.1 200 OK\r\n";
@@ -290,7 +298,8 @@ const std::vector<Exchange>& exchanges() {
          stationWithIvecCanon,
          atBaseStation("Canon", "IVEC"),
          kStationLength,
-         {0, 1, 2}},
+         {0, 1, 2, 3},
+         stationHardships()},
         {"IPP", 172, {1, "Idle", {42}}, ippQueue, askIpp, kHttpLength, {0}, httpHardships()},
     };
     return all;
