@@ -1,5 +1,5 @@
-// Runs exchanges of the program with peers that mean it harm: each case in a process of its own, so
-// that what it takes of time and memory is its own, many side by side, in a lapse of time.
+// Exchanges of the program with peers that mean it harm. Each runs in a process of its own, so that
+// what it takes of time and memory is its own, many side by side and in a lapse of time.
 #pragma once
 
 #include <cstdint>
@@ -21,6 +21,32 @@ struct Answer {
     std::vector<int> levels = {};
 };
 
+// Where an exchange finds its peer; no two have the same.
+struct Place {
+    std::string ipv4;        // on the loopback interface
+    std::uint16_t ipv6Port;  // at ::1
+};
+
+struct Hardship {
+    std::string name;  // empty for a peer that means well
+    // Sets up the peer, which answers honestly for so many times before it begins.
+    std::function<std::shared_ptr<void>(const Place&, int honestAnswers)> peer;
+};
+
+struct Exchange {
+    const char* name;
+    double boundSeconds;  // as the program states it
+    Answer honest;        // what a peer that means well tells
+    std::function<Answer(const Place&)> ask;
+    std::vector<Hardship> hardships;
+    int honestAnswers = 0;  // each hardship begins after 0, 1, 2, 4 ... answers, no more than this
+    bool mayStopEarly = false;  // a peer that is lost half-way has told the first levels
+};
+
+// Runs each exchange with each hardship and expects that it ends within its bound, takes little
+// memory and tells nothing but what the honest answer tells. Prints the longest time of each.
+void runAll(const std::vector<Exchange>& exchanges, std::size_t sideBySide = 48);
+
 // Asks the printer of a record as an update does.
 Answer askRecord(PrinterRecord record);
 
@@ -34,28 +60,11 @@ struct LengthField {
     bool lowByteFirst = false;
 };
 
-// Puts `value` where the answer tells its length, and such values.
-std::function<void(ByteVector&)> lyingBy(const LengthField& field, std::uint64_t value);
-inline constexpr std::uint64_t kLies[] = {0, 1, 0x10, 0x7FFFFFFF, 0x80000000, ~0ULL};
-
-// Where a case finds its peer; no two cases share one.
-struct Place {
-    std::string ipv4;        // on the loopback interface
-    std::uint16_t ipv6Port;  // at ::1
+using Spoil = std::function<void(ByteVector&)>;
+struct Lie {
+    std::string name;
+    Spoil spoil;  // puts the lie into an answer
 };
-
-struct Case {
-    std::string exchange;
-    std::string hardship;  // empty for a peer that means well, whose answer must be whole
-    double boundSeconds;   // what the program states
-    Answer honest;         // what a well-meaning peer tells
-    std::function<std::shared_ptr<void>(const Place&)> peer;  // on threads of its own
-    std::function<Answer(const Place&)> ask;
-    bool mayStopEarly = false;  // a peer that is lost half-way has told the first levels
-};
-
-// Runs all cases and expects of each: it ends within its bound, takes little memory, and tells
-// nothing that the honest answer does not. Prints the longest time of each exchange.
-void runAll(const std::vector<Case>& cases, std::size_t sideBySide = 32);
+std::vector<Lie> liesAbout(const LengthField& field);
 
 }  // namespace tintoral::hostile

@@ -1,12 +1,11 @@
-// Every exchange over TCP with every kind of hostile peer.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 
 #include "hostile/hostile.h"
 #include "monitor/address_probe.h"
 #include "support/byte_streams.h"
+#include "support/byte_writer.h"
 #include "support/tcp_peer.h"
 #include "support/virtual_base_station.h"
 #include "support/virtual_canon.h"
@@ -15,7 +14,6 @@
 #include "support/virtual_ipp_printer.h"
 #include "support/virtual_mlc_hp.h"
 #include "transport/net/riousb_byte_stream.h"
-#include "transport/net/riousb_ink_status.h"
 #include "vendors/brother_exchange.h"
 #include "vendors/epson.h"
 #include "vendors/epson_exchange.h"
@@ -28,70 +26,65 @@ using namespace std::chrono_literals;
 using test::TcpManners;
 using test::TcpScript;
 
-struct Hardship {
+struct BadManners {
     std::string name;
     TcpManners manners;
 };
 
 struct Protocol {
     LengthField length;
-    std::vector<Hardship> hardships = {};  // of its own
+    std::vector<BadManners> hardships = {};  // of its own
     bool onIpv6 = false;
 };
 
-struct Exchange {
-    const char* name;
-    double boundSeconds;
-    Answer honest;
-    std::function<TcpScript()> peer;  // of a printer that means well
-    std::function<Answer(const Place&)> ask;
-    Protocol protocol;
-    int honestAnswers =
-        0;  // each hardship begins after so many answers, 0, 1, 2, 4 ... at the most
-};
-
 // ---- Hardships ----
-
-constexpr LengthField kStationLength{12, 4};
 
 ByteVector bytesOf(std::string_view text) {
     return {text.begin(), text.end()};
 }
 
-std::vector<Hardship> hardshipsFor(const Protocol& protocol) {
-    const LengthField& length = protocol.length;
-    std::vector<Hardship> all{
+std::vector<BadManners> mannersFor(const Protocol& protocol) {
+    std::vector<BadManners> all{
+        {"", {}},
         {"silent", {.silent = true}},
         {"a byte at a time", {.pieceSize = 1, .pieceGap = 100ms}},
         {"resets", {.resets = true}},
         {"resets in the answer", {.atMost = 5, .resetsAfter = true}},
         {"garbage", {.spoil = [](ByteVector& answer) { answer = noise(answer.size()); }}},
         {"endless", {.endless = noise(4096)}},
-        {"endless zeros", {.endless = ByteVector(4096)}},
         {"drips without end", {.pieceSize = 1, .pieceGap = 100ms, .endless = noise(1)}},
-        {"long, now and then",
-         {.pieceSize = 512,
-          .pieceGap = 700ms,
-          .spoil = lyingBy(length, ~0ULL),
-          .endless = noise(512)}},
-        {"shortest length, then endless", {.spoil = lyingBy(length, 1), .endless = noise(4096)}},
     };
-    for (const std::uint64_t lie : kLies)
-        all.push_back({"length " + std::to_string(static_cast<std::int64_t>(lie)),
-                       {.spoil = lyingBy(length, lie)}});
+    for (const Lie& lie : liesAbout(protocol.length))
+        all.push_back({lie.name, {.spoil = lie.spoil}});
+    const Spoil longest = all.back().manners.spoil;
+    all.push_back({"long, now and then",
+                   {.pieceSize = 512, .pieceGap = 700ms, .spoil = longest, .endless = noise(512)}});
     all.insert(all.end(), protocol.hardships.begin(), protocol.hardships.end());
     return all;
 }
 
+// The peers behind which such a printer stands.
+std::vector<Hardship> peersOf(const std::function<TcpScript()>& printer, const Protocol& protocol) {
+    std::vector<Hardship> all;
+    for (auto [name, manners] : mannersFor(protocol))
+        all.push_back({name, [=, onIpv6 = protocol.onIpv6](const Place& place, int honest) mutable {
+                           manners.honestAnswers = honest;
+                           return std::make_shared<test::TcpPeer>(onIpv6 ? "::1" : place.ipv4,
+                                                                  onIpv6 ? place.ipv6Port : 9100,
+                                                                  printer(), manners);
+                       }});
+    return all;
+}
+
 // What is right as a message but was not asked for, or says next to nothing.
-std::vector<Hardship> stationHardships() {
+std::vector<BadManners> stationHardships() {
     const ByteVector chatter =
         test::bytesOfHex("00000001 0000004D 00000001 00000000 00000000 1234ABCD");
     ByteVector data = test::bytesOfHex("00000001 00000003 00000001 00000400 00000000 1234ABCD");
     data.resize(data.size() + 1024, 'x');
     const auto oneByte = [](ByteVector& answer) {
         answer.resize(25, 'x');
-        lyingBy(kStationLength, 1)(answer);
+        ByteWriter(MutableBytes(answer).subspan(12)).be32(1);
     };
     return {{"a byte in each answer", {.spoil = oneByte}},
             {"data without end", {.endless = data}},
@@ -99,7 +92,7 @@ std::vector<Hardship> stationHardships() {
             {"chatter now and then", {.pieceGap = 400ms, .endless = chatter}}};
 }
 
-std::vector<Hardship> packetHardships() {
+std::vector<BadManners> packetHardships() {
     const ByteVector request = test::bytesOfHex("00000009 0100 0402 02");  // for credit
     const ByteVector others = test::bytesOfHex("05050007 0000 41");        // another channel's
     return {{"transactions without end", {.endless = request}},
@@ -109,7 +102,7 @@ std::vector<Hardship> packetHardships() {
 }
 
 // HTTP tells its lengths in words.
-std::vector<Hardship> httpHardships() {
+std::vector<BadManners> httpHardships() {
     const std::string ok = "HTTP/1.1 200 OK\r\n";
     const std::string chunked = ok + "Transfer-Encoding: chunked\r\n\r\n";
     const std::string page(4096, 'x');
@@ -125,16 +118,12 @@ std::vector<Hardship> httpHardships() {
         {"endless 100 Continue", "", "HTTP/1.1 100 Continue\r\n\r\n"},
         {"endless chunks", chunked, "1000\r\n" + page + "\r\n"},
         {"dripping chunks", chunked, "1\r\nx\r\n", 4900ms},
-        {"endless chunk size", chunked, "0"},
         {"chunk of 2 GiB", chunked + "7fffffff\r\n", page},
-        {"chunk of -1", chunked + "-1\r\n", page},
         {"body of 2 GiB", ok + "Content-Length: 2147483647\r\n\r\n", page},
         {"dripping body", ok + "Content-Length: 2147483647\r\n\r\n", "x", 4900ms},
-        {"body of -1", ok + "Content-Length: -1\r\n\r\n", page},
-        {"body of 0", ok + "Content-Length: 0\r\n\r\n", page},
         {"endless body of no length", ok + "\r\n", page},
     };
-    std::vector<Hardship> all;
+    std::vector<BadManners> all;
     for (const auto& row : rows)
         all.push_back({row.name,
                        {.pieceGap = row.gap,
@@ -155,19 +144,19 @@ TcpScript scriptOf(Setup... setup) {
             .received = [printer](Bytes bytes) { return printer->onReceive(bytes); }};
 }
 
-// Answers once the request is there, as `isWhole` finds.
-TcpScript answering(const std::string& answer,
-                    const std::function<bool(std::string_view)>& isWhole) {
-    const auto heard = std::make_shared<std::string>();
-    return {.opened = [heard] { heard->clear(); },
-            .received =
-                [=](Bytes bytes) {
-                    *heard += asText(bytes);
-                    if (!isWhole(*heard)) return ByteVector();
-                    return ByteVector(answer.begin(), answer.end());
-                }};
+TcpScript ivecCanon() {
+    return scriptOf<test::VirtualCanon>(test::CanonSetup{.ivec = true});
 }
 
+TcpScript brother() {
+    return {.received = [](Bytes) { return ByteVector(); }, .greeting = noise(100)};
+}
+
+TcpScript hpAnswers() {
+    return {.received = [](Bytes) { return bytesOf("model"); }};
+}
+
+// Answers what ends like an IPP request.
 TcpScript ippQueue() {
     const std::string message = test::ippMessage({{0x42, "marker-names", {"Black"}},
                                                   {0x42, "marker-colors", {"#000000"}},
@@ -175,26 +164,30 @@ TcpScript ippQueue() {
                                                   {0x44, "marker-types", {"ink"}},
                                                   {0x23, "printer-state", {test::ippInteger(3)}},
                                                   {0x41, "cups-version", {"2.4"}}});
-    return answering("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(message.size()) +
-                         "\r\n\r\n" + message,
-                     [](std::string_view request) { return request.ends_with('\3'); });
+    return {.received = [=](Bytes request) {
+        if (request.back() != '\3') return ByteVector();
+        return bytesOf("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(message.size()) +
+                       "\r\n\r\n" + message);
+    }};
 }
 
-TcpScript stationWith(test::SharedPrinter printer, std::string deviceID = "") {
+TcpScript stationWith(test::SharedPrinter printer, const std::string& deviceID) {
     return scriptOf<test::VirtualBaseStation>(
-        test::BaseStationSetup{.printer = std::move(printer), .deviceID = std::move(deviceID)});
+        test::BaseStationSetup{.printer = std::move(printer), .deviceID = deviceID});
 }
+constexpr const char* kHPDeviceID =
+    "MFG:HP;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,C0,DP,NR,KP075,CP060;";
 
 template <typename Printer, typename... Setup>
-test::SharedPrinter inTransfersOf(std::size_t size, Setup... setup) {
+test::SharedPrinter transfersOf(std::size_t size, Setup... setup) {
     const auto printer = std::make_shared<Printer>(setup...);
     return [=](Bytes bytes) { return test::inTransfersOf(size, *printer)(bytes); };
 }
 
 template <typename Printer>
-TcpScript stationWithPackets() {
+test::SharedPrinter packetsOf() {
     const auto printer = std::make_shared<Printer>();
-    return stationWith([printer](Bytes bytes) { return printer->transfersFor(bytes); });
+    return [printer](Bytes bytes) { return printer->transfersFor(bytes); };
 }
 
 // ---- The program's side ----
@@ -224,27 +217,19 @@ Answer addByAddress(const Place& place) {
             answer.printer->text(keys::printerStatus)};
 }
 
-PrinterRecord sharedPrinter(const Place& place, std::string_view maker,
-                            std::string_view commandSet) {
-    return {{std::string(keys::serverType), server_types::airPort},
-            {std::string(keys::kind), "riousb:x"},
-            {std::string(keys::active), kYes},
-            {std::string(keys::makerName), maker},
-            {std::string(keys::modelName), "iP4300"},
-            {std::string(keys::usbCmd), commandSet},
-            {std::string(keys::usbPrinterName), "usb1"},
-            {std::string(keys::hostName), "::1"},
-            {std::string(keys::port), int{place.ipv6Port}}};
-}
-
 std::function<Answer(const Place&)> atBaseStation(std::string_view maker,
                                                   std::string_view commandSet) {
-    return [=](const Place& place) { return askRecord(sharedPrinter(place, maker, commandSet)); };
-}
-
-Answer cleanAtBaseStation(const Place& place) {
-    riousbNozzleOptions(sharedPrinter(place, "EPSON", ""), kOptionCleaning);
-    return {};
+    return [=](const Place& place) {
+        return askRecord({{std::string(keys::serverType), server_types::airPort},
+                          {std::string(keys::kind), "riousb:x"},
+                          {std::string(keys::active), kYes},
+                          {std::string(keys::makerName), maker},
+                          {std::string(keys::modelName), "iP4300"},
+                          {std::string(keys::usbCmd), commandSet},
+                          {std::string(keys::usbPrinterName), "usb1"},
+                          {std::string(keys::hostName), "::1"},
+                          {std::string(keys::port), int{place.ipv6Port}}});
+    };
 }
 
 Answer diagnoseMlc(const Place& place) {
@@ -276,96 +261,43 @@ constexpr auto kBrother = [](const std::string& host, std::uint16_t port, Bounde
 
 // ---- The table ----
 
-const std::vector<int> kEpsonLevels{60, 42, 31, 80};
-const std::vector<int> kCanonLevels{75, 40, 62, 0, 18};
-const Answer kEpson{4, "Idle", kEpsonLevels};
-const Answer kHP{2, "Idle", {75, 60}};
-const Answer kCanon{5, "Idle", kCanonLevels};
-
-TcpScript ivecCanon() {
-    return scriptOf<test::VirtualCanon>(test::CanonSetup{.ivec = true});
-}
-TcpScript brother() {
-    return {.received = [](Bytes) { return ByteVector(); }, .greeting = noise(100)};
-}
-TcpScript hp() {
-    return answering("model", [](std::string_view) { return true; });
-}
-constexpr auto stationWithD4Epson = stationWithPackets<test::VirtualD4Epson>;
-constexpr auto stationWithMlcHp = stationWithPackets<test::VirtualMlcHp>;
-TcpScript stationWithHp() {
-    return stationWith(test::saying({}),
-                       "MFG:HP;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,C0,DP,NR,KP075,CP060;");
-}
-TcpScript stationWithEpson() {
-    return stationWith(inTransfersOf<test::VirtualEpson>(4096));
-}
-TcpScript stationWithCanon() {
-    return stationWith(inTransfersOf<test::VirtualCanon>(4096));
-}
-TcpScript stationWithIvecCanon() {
-    return stationWith(inTransfersOf<test::VirtualCanon>(100, test::CanonSetup{.ivec = true}));
-}
-
-std::vector<Exchange> exchanges() {
-    const Protocol epson{{.offset = 10, .size = 2, .lowByteFirst = true}};
+TEST(HostilePeers, OverTcp) {
+    using namespace test;
+    const Answer epson{4, "Idle", {60, 42, 31, 80}};
+    const Answer canon{5, "Idle", {75, 40, 62, 0, 18}};
+    const Answer hp{2, "Idle", {75, 60}};
+    const Protocol remote{{.offset = 10, .size = 2, .lowByteFirst = true}};
     const Protocol packets{{2, 2}, packetHardships()};
     const Protocol fields{{0, 2}};
-    const Protocol http{{33, 1}, httpHardships()};  // the first digit
-    const Protocol station{kStationLength, stationHardships(), true};
-    return {
-        {"Epson, remote mode", 16, kEpson, scriptOf<test::VirtualEpson>, onRawPort("EPSON", "RC"),
-         epson},
-        {"Epson, D4 channel", 65, kEpson, scriptOf<test::VirtualD4Epson>, onRawPort("EPSON", "D4"),
-         packets, 4},
-        {"Epson, D4 channel, cleaning",
-         51,
-         {},
-         scriptOf<test::VirtualD4Epson>,
-         cleanOverD4,
-         packets,
-         4},
-        {"Canon", 11, kCanon, scriptOf<test::VirtualCanon>, onRawPort("Canon", "BJL"), fields},
-        {"Canon, IVEC", 11, kCanon, ivecCanon, onRawPort("Canon", "BJL,IVEC"), fields},
-        {"Canon, by address", 22, {1, "Idle"}, scriptOf<test::VirtualCanon>, addByAddress, fields},
-        {"Brother, diagnosis", 4, {}, brother, askDiagnosis<kBrother>, fields},
-        {"HP, diagnosis", 5, {}, hp, askDiagnosis<tcpHPDiagnose>, fields, 1},
-        {"IPP", 172, {1, "Idle", {42}}, ippQueue, askIpp, http},
-        {"station, HP", 5, kHP, stationWithHp, atBaseStation("HP", ""), station, 1},
-        {"station, HP, MLC channel", 71, {1}, stationWithMlcHp, diagnoseMlc, station, 8},
-        {"station, Epson", 10, kEpson, stationWithEpson, atBaseStation("EPSON", "BDC"), station, 4},
-        {"station, Epson, D4 channel", 52, kEpson, stationWithD4Epson, atBaseStation("EPSON", "D4"),
-         station, 8},
-        {"station, Epson, cleaning", 9, {}, stationWithEpson, cleanAtBaseStation, station, 1},
-        {"station, Canon", 16, kCanon, stationWithCanon, atBaseStation("Canon", "BJL"), station, 4},
-        {"station, Canon, IVEC", 16, kCanon, stationWithIvecCanon, atBaseStation("Canon", "IVEC"),
-         station, 4},
+    const auto d4 = peersOf(scriptOf<VirtualD4Epson>, packets);
+    const auto plain = peersOf(scriptOf<VirtualCanon>, fields);
+    const auto station = [protocol = Protocol{{12, 4}, stationHardships(), true}](
+                             const auto& printer, const std::string& deviceID = "") {
+        return peersOf([=] { return stationWith(printer(), deviceID); }, protocol);
     };
-}
-
-Case caseOf(const Exchange& exchange, const std::string& name, const TcpManners& manners) {
-    const auto peer = [&exchange, manners](const Place& place) {
-        const bool onIpv6 = exchange.protocol.onIpv6;
-        return std::make_shared<test::TcpPeer>(
-            onIpv6 ? "::1" : place.ipv4, onIpv6 ? place.ipv6Port : 9100, exchange.peer(), manners);
-    };
-    return {exchange.name, name, exchange.boundSeconds, exchange.honest, peer, exchange.ask};
-}
-
-TEST(HostilePeers, OverTcp) {
-    const std::vector<Exchange> all = exchanges();
-    std::vector<Case> cases;
-    for (const Exchange& exchange : all) {
-        cases.push_back(caseOf(exchange, "", {}));
-        for (int honest = 0; honest <= exchange.honestAnswers; honest += std::max(honest, 1)) {
-            for (auto [name, manners] : hardshipsFor(exchange.protocol)) {
-                manners.honestAnswers = honest;
-                if (honest > 0) name += " after answer " + std::to_string(honest);
-                cases.push_back(caseOf(exchange, name, manners));
-            }
-        }
-    }
-    runAll(cases);
+    runAll({
+        {"Epson, remote mode", 16, epson, onRawPort("EPSON", "RC"),
+         peersOf(scriptOf<VirtualEpson>, remote)},
+        {"Epson, D4 channel", 65, epson, onRawPort("EPSON", "D4"), d4, 4},
+        {"Epson, D4 channel, cleaning", 51, {}, cleanOverD4, d4, 4},
+        {"Canon", 11, canon, onRawPort("Canon", "BJL"), plain},
+        {"Canon, by address", 22, {1, "Idle"}, addByAddress, plain},
+        {"Canon, IVEC", 11, canon, onRawPort("Canon", "BJL,IVEC"), peersOf(ivecCanon, fields)},
+        {"Brother, diagnosis", 4, {}, askDiagnosis<kBrother>, peersOf(brother, fields)},
+        {"HP, diagnosis", 5, {}, askDiagnosis<tcpHPDiagnose>, peersOf(hpAnswers, fields), 1},
+        {"IPP", 172, {1, "Idle", {42}}, askIpp, peersOf(ippQueue, {{33, 1}, httpHardships()})},
+        {"station, HP", 5, hp, atBaseStation("HP", ""),
+         station([] { return saying({}); }, kHPDeviceID), 1},
+        {"station, HP, MLC channel", 71, {1}, diagnoseMlc, station(packetsOf<VirtualMlcHp>), 8},
+        {"station, Epson", 10, epson, atBaseStation("EPSON", "BDC"),
+         station([] { return transfersOf<VirtualEpson>(4096); }), 4},
+        {"station, Epson, D4 channel", 52, epson, atBaseStation("EPSON", "D4"),
+         station(packetsOf<VirtualD4Epson>), 8},
+        {"station, Canon", 16, canon, atBaseStation("Canon", "BJL"),
+         station([] { return transfersOf<VirtualCanon>(4096); }), 4},
+        {"station, Canon, IVEC", 16, canon, atBaseStation("Canon", "IVEC"),
+         station([] { return transfersOf<VirtualCanon>(100, CanonSetup{.ivec = true}); }), 4},
+    });
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-// Every exchange over UDP with every kind of hostile peer.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -13,51 +12,8 @@ namespace tintoral::hostile {
 namespace {
 
 using namespace std::chrono_literals;
-using test::BjnpSetup;
 using test::Datagram;
-using test::UdpPeer;
 using test::VirtualBjnpPrinter;
-
-struct Hardship {
-    std::string name;
-    std::function<void(Datagram&)> spoil;  // has each answer
-    int answers = 1;
-    bool listens = true;
-};
-
-struct Exchange {
-    const char* name;
-    double boundSeconds;
-    Answer honest;
-    LengthField length;
-    std::shared_ptr<void> (*peer)(const Place& place, const Hardship& hardship);
-    Answer (*ask)(const Place& place);
-    bool mayStopEarly = false;
-};
-
-std::vector<Hardship> hardshipsFor(const LengthField& length) {
-    const auto late = [](std::chrono::milliseconds delay) {
-        return [=](Datagram&) { std::this_thread::sleep_for(delay); };
-    };
-    std::vector<Hardship> all{
-        {"silent", nullptr, 0},
-        {"nobody listens", nullptr, 0, false},
-        {"late by 90 ms", late(90ms)},
-        {"late by 150 ms", late(150ms)},
-        {"late by 700 ms", late(700ms)},
-        {"empty", [](Datagram& answer) { answer.clear(); }},
-        {"cut", [](Datagram& answer) { answer.resize(answer.size() / 2); }},
-        {"one byte", [](Datagram& answer) { answer.resize(1); }},
-        {"60000 bytes more", [](Datagram& answer) { answer.resize(60000, 'x'); }},
-        {"garbage", [](Datagram& answer) { answer = noise(answer.size()); }},
-        {"endless", [](Datagram&) {}, 10000},
-        {"endless garbage", [](Datagram& answer) { answer = noise(1400); }, 10000},
-    };
-    for (const std::uint64_t lie : kLies)
-        all.push_back(
-            {"length " + std::to_string(static_cast<std::int64_t>(lie)), lyingBy(length, lie)});
-    return all;
-}
 
 // ---- A printer with two supplies, over SNMP ----
 
@@ -70,8 +26,8 @@ std::string successorOf(std::string_view oid) {
 
 void tell(SnmpVarBind& binding) {
     binding.oid.assign(successorOf(binding.oid.view()));
-    binding.valueType = ber_tags::integer;
     const std::string_view oid = binding.oid.view();
+    binding.valueType = ber_tags::integer;
     if (oid.starts_with("1.3.6.1.2.1.25.3.5.1.1")) binding.value.number = 3;
     if (oid.starts_with("1.3.6.1.2.1.43.11.1.1.8")) binding.value.number = 100;
     if (oid.starts_with("1.3.6.1.2.1.43.11.1.1.9")) binding.value.number = 42;
@@ -91,49 +47,76 @@ Datagram snmpAnswer(Bytes request) {
     return answer;
 }
 
-std::shared_ptr<void> snmpPrinter(const Place& place, const Hardship& hardship) {
-    const auto script = [hardship](Bytes request) {
+// ---- Peers that spoil each answer, and give it so many times ----
+
+using MakePeer = std::shared_ptr<void> (*)(const Place& place, const Spoil& spoil, int answers);
+
+std::shared_ptr<void> snmpPrinter(const Place& place, const Spoil& spoil, int answers) {
+    const auto script = [spoil](Bytes request) {
         Datagram answer = snmpAnswer(request);
-        if (hardship.spoil) hardship.spoil(answer);
+        spoil(answer);
         return std::optional(answer);
     };
-    return std::make_shared<UdpPeer>(place.ipv4, 161, script, "", hardship.answers);
+    return std::make_shared<test::UdpPeer>(place.ipv4, 161, script, "", answers);
 }
 
-Answer askNetworkPrinter(const Place& place, std::string_view kind, std::string_view maker) {
-    return askRecord({{std::string(keys::serverType), server_types::network},
-                      {std::string(keys::kind), kind},
-                      {std::string(keys::makerName), maker},
-                      {std::string(keys::ipAdrs), place.ipv4}});
-}
-
-Answer askAcme(const Place& place) {
-    return askNetworkPrinter(place, "lpd:x", "Acme");
-}
-Answer askHP(const Place& place) {
-    return askNetworkPrinter(place, "lpd:x", "HP");
-}
-Answer askName(const Place& place) {
-    const std::string name = askPrinterName(place.ipv4);
-    return {name.empty() ? 0 : 1, name};
-}
-
-// ---- BJNP ----
-
-std::shared_ptr<void> bjnpPrinter(const Place& place, const Hardship& hardship) {
+std::shared_ptr<void> bjnpPrinter(const Place& place, const Spoil& spoil, int answers) {
     return std::make_shared<VirtualBjnpPrinter>(
-        place.ipv4, BjnpSetup{.spoil = hardship.spoil, .answers = hardship.answers});
+        place.ipv4, test::BjnpSetup{.spoil = spoil, .answers = answers});
 }
 
 // The one printer in the network that is asked.
-std::shared_ptr<void> foundPrinter(const Place&, const Hardship& hardship) {
+std::shared_ptr<void> foundPrinter(const Place&, const Spoil& spoil, int answers) {
     return std::make_shared<VirtualBjnpPrinter>(
-        "10.77.0.11", BjnpSetup{.spoil = hardship.spoil, .answers = hardship.answers},
-        "10.77.0.255");
+        "10.77.0.11", test::BjnpSetup{.spoil = spoil, .answers = answers}, "10.77.0.255");
 }
 
-Answer askBjnp(const Place& place) {
-    return askNetworkPrinter(place, "bjnp:x", "Canon");
+std::vector<Hardship> peersOf(MakePeer make, const LengthField& length) {
+    const auto lateBy = [](std::chrono::milliseconds delay) -> Spoil {
+        return [=](Datagram&) { std::this_thread::sleep_for(delay); };
+    };
+    const Spoil nothing = [](Datagram&) {};
+    struct Row {
+        std::string name;
+        Spoil spoil;
+        int answers = 1;
+    };
+    std::vector<Row> rows{
+        {"", nothing},
+        {"silent", nothing, 0},
+        {"late by 90 ms", lateBy(90ms)},
+        {"late by 150 ms", lateBy(150ms)},
+        {"late by 700 ms", lateBy(700ms)},
+        {"empty", [](Datagram& answer) { answer.clear(); }},
+        {"cut", [](Datagram& answer) { answer.resize(answer.size() / 2); }},
+        {"60000 bytes", [](Datagram& answer) { answer.resize(60000, 'x'); }},
+        {"garbage", [](Datagram& answer) { answer = noise(answer.size()); }},
+        {"endless", nothing, 10000},
+        {"endless garbage", [](Datagram& answer) { answer = noise(1400); }, 10000},
+    };
+    for (const Lie& lie : liesAbout(length)) rows.push_back({lie.name, lie.spoil});
+    std::vector<Hardship> all{{"nobody listens", [](const Place&, int) { return nullptr; }}};
+    for (const Row& row : rows)
+        all.push_back({row.name, [make, row](const Place& place, int) {
+                           return make(place, row.spoil, row.answers);
+                       }});
+    return all;
+}
+
+// ---- The program's side ----
+
+std::function<Answer(const Place&)> updateOf(std::string_view kind, std::string_view maker) {
+    return [=](const Place& place) {
+        return askRecord({{std::string(keys::serverType), server_types::network},
+                          {std::string(keys::kind), kind},
+                          {std::string(keys::makerName), maker},
+                          {std::string(keys::ipAdrs), place.ipv4}});
+    };
+}
+
+Answer askName(const Place& place) {
+    const std::string name = askPrinterName(place.ipv4);
+    return {name.empty() ? 0 : 1, name};
 }
 
 Answer discover(const Place&) {
@@ -142,39 +125,20 @@ Answer discover(const Place&) {
     return {count, count > 0 ? std::string(printers[0].model.view()) : ""};
 }
 
-// ---- The table ----
-
-Case caseOf(const Exchange& exchange, const Hardship& hardship) {
-    const auto peer = [&exchange, hardship](const Place& place) {
-        return hardship.listens ? exchange.peer(place, hardship) : nullptr;
-    };
-    return {exchange.name, hardship.name, exchange.boundSeconds, exchange.honest,
-            peer,          exchange.ask,  exchange.mayStopEarly};
-}
-
-void runTable(std::initializer_list<Exchange> exchanges, std::size_t sideBySide) {
-    std::vector<Case> cases;
-    for (const Exchange& exchange : exchanges) {
-        cases.push_back(caseOf(exchange, {}));
-        for (const Hardship& hardship : hardshipsFor(exchange.length))
-            cases.push_back(caseOf(exchange, hardship));
-    }
-    runAll(cases, sideBySide);
-}
-
 TEST(HostilePeers, OverUdp) {
-    constexpr LengthField kBerLength{1, 1};
-    constexpr LengthField kBjnpLength{12, 4};
-    const Answer canon{5, "Idle", {75, 40, 62, 0, 18}};
     const Answer acme{2, "Idle", {42, 42}};
-    runTable({{"SNMP", 2.4, acme, kBerLength, snmpPrinter, askAcme, true},
-              {"SNMP, HP", 2.6, acme, kBerLength, snmpPrinter, askHP, true},
-              {"SNMP, the name", 0.2, {1, "Acme Color 100"}, kBerLength, snmpPrinter, askName},
-              {"BJNP", 3, canon, kBjnpLength, bjnpPrinter, askBjnp}},
-             32);
-    // All of them would hear each other's broadcasts.
-    runTable({{"BJNP, discovery", 32.5, {1, "MP640 series"}, kBjnpLength, foundPrinter, discover}},
-             1);
+    const Answer name{1, "Acme Color 100"};
+    const Answer canon{5, "Idle", {75, 40, 62, 0, 18}};
+    const auto snmp = peersOf(snmpPrinter, {1, 1});
+    const auto bjnp = peersOf(bjnpPrinter, {12, 4});
+    runAll({{"SNMP", 2.4, acme, updateOf("lpd:x", "Acme"), snmp, 0, true},
+            {"SNMP, HP", 2.6, acme, updateOf("lpd:x", "HP"), snmp, 0, true},
+            {"SNMP, the name", 0.2, name, askName, snmp},
+            {"BJNP", 3, canon, updateOf("bjnp:x", "Canon"), bjnp}});
+    // One by one, or all of them would hear each other's broadcasts.
+    runAll(
+        {{"BJNP, discovery", 32.5, {1, "MP640 series"}, discover, peersOf(foundPrinter, {12, 4})}},
+        1);
 }
 
 }  // namespace

@@ -1,4 +1,3 @@
-// Every exchange over USB with every kind of hostile printer.
 #include <gtest/gtest.h>
 
 #include <thread>
@@ -26,23 +25,10 @@ struct Peer {
     std::jthread drip;
 };
 
-struct Hardship {
+struct BadManners {
     std::string name;
     std::function<void(Peer&, Transfers&)> spoil;  // has each answer
     std::optional<std::uint16_t> deviceIDLength = std::nullopt;
-};
-
-struct Exchange {
-    const char* name;
-    double boundSeconds;
-    Answer honest;
-    const char* maker;
-    const char* commands;  // the record's command set and command type
-    SimUsbAnswer (*printer)();
-    Answer (*ask)(const Exchange& exchange);
-    LengthField length;
-    int honestAnswers =
-        0;  // each hardship begins after so many answers, 0, 1, 2, 4 ... at the most
 };
 
 // ---- Hardships ----
@@ -64,7 +50,7 @@ void splitIntoBytes(Peer&, Transfers& answer) {
     answer = bytes;
 }
 
-std::vector<Hardship> hardshipsFor(const LengthField& length) {
+std::vector<BadManners> mannersFor(const LengthField& length) {
     const auto without = [](auto happens) {
         return [=](Peer& peer, Transfers& answer) {
             happens(peer);
@@ -74,7 +60,8 @@ std::vector<Hardship> hardshipsFor(const LengthField& length) {
     const auto endless = [](const ByteVector& transfer) {
         return [=](Peer&, Transfers& answer) { answer.resize(answer.size() + 4000, transfer); };
     };
-    std::vector<Hardship> all{
+    std::vector<BadManners> all{
+        {"", [](Peer&, Transfers&) {}},
         {"silent", without([](Peer&) {})},
         {"a byte at a time", splitIntoBytes},
         {"drips without end", [](Peer& peer, Transfers&) { dripWithoutEnd(peer); }},
@@ -87,23 +74,38 @@ std::vector<Hardship> hardshipsFor(const LengthField& length) {
         {"takes no more", [](Peer& peer, Transfers&) { peer.printer->takeNoWrites(true); }},
         {"unplugged", without([](Peer& peer) { peer.printer->unplug(); })},
     };
-    for (const std::uint64_t lie : kLies) {
-        const auto spoil = lyingBy(length, lie);
-        const std::string name = "length " + std::to_string(static_cast<std::int64_t>(lie));
-        all.push_back({name, [=](Peer&, Transfers& answer) { spoil(answer.front()); }});
-        all.push_back({name + " of the device ID", nullptr, static_cast<std::uint16_t>(lie)});
-    }
+    for (const Lie& lie : liesAbout(length))
+        all.push_back({lie.name, [=](Peer&, Transfers& answer) { lie.spoil(answer.front()); }});
+    for (const std::uint16_t lie : std::initializer_list<std::uint16_t>{0, 1, 0xFFFF})
+        all.push_back({"device ID of length " + std::to_string(lie), all.front().spoil, lie});
     return all;
 }
 
-SimUsbAnswer spoilt(Peer& peer, const Hardship& hardship, const SimUsbAnswer& honest,
+SimUsbAnswer spoilt(Peer& peer, const BadManners& manners, const SimUsbAnswer& honest,
                     int honestAnswers) {
-    return [&peer, hardship, honest, left = honestAnswers](Bytes heard) mutable {
+    return [&peer, manners, honest, left = honestAnswers](Bytes heard) mutable {
         Transfers answer = honest(heard);
         std::erase_if(answer, [](const ByteVector& transfer) { return transfer.empty(); });
-        if (!answer.empty() && left-- < 1 && hardship.spoil) hardship.spoil(peer, answer);
+        if (!answer.empty() && left-- < 1) manners.spoil(peer, answer);
         return answer;
     };
+}
+
+std::vector<Hardship> peersOf(const std::string& maker, SimUsbAnswer (*printer)(),
+                              const LengthField& length) {
+    std::vector<Hardship> all;
+    for (const BadManners& manners : mannersFor(length)) {
+        all.push_back(
+            {manners.name, [=](const Place&, int honestAnswers) {
+                 auto peer = std::make_shared<Peer>();
+                 peer->printer = &peer->bus.attach(
+                     {.deviceID = "MFG:" + maker + ";MDL:Pro9000;VSTATUS:IDLE,K0,KP075,C0,CP060;",
+                      .deviceIDLength = manners.deviceIDLength});
+                 peer->printer->answerWith(spoilt(*peer, manners, printer(), honestAnswers));
+                 return peer;
+             }});
+    }
+    return all;
 }
 
 // ---- Printers that mean well ----
@@ -125,96 +127,49 @@ SimUsbAnswer ivecCanon() {
 
 // ---- The program's side ----
 
-PrinterRecord recordOf(const Exchange& exchange) {
+PrinterRecord recordOf(std::string_view maker, std::string_view commands) {
     const test::SimUsbSetup setup;
     return {{std::string(keys::serverType), server_types::usb},
             {std::string(keys::kind), "USB"},
-            {std::string(keys::makerName), exchange.maker},
+            {std::string(keys::makerName), maker},
             {std::string(keys::modelName), "Pro9000"},
-            {std::string(keys::usbCmd), exchange.commands},
-            {std::string(keys::commandType), exchange.commands},
+            {std::string(keys::usbCmd), commands},
+            {std::string(keys::commandType), commands},
             {std::string(keys::vendorID), int{setup.vendor}},
             {std::string(keys::productID), int{setup.product}}};
 }
 
-Answer update(const Exchange& exchange) {
-    return askRecord(recordOf(exchange));
+std::function<Answer(const Place&)> updateOf(std::string_view maker, std::string_view commands) {
+    return [=](const Place&) { return askRecord(recordOf(maker, commands)); };
 }
-Answer clean(const Exchange& exchange) {
-    usbNozzleOptions(recordOf(exchange), kOptionCleaning);
-    return {};
-}
-Answer cleanOverD4(const Exchange& exchange) {
-    usbEpsonD4NozzelOptions(usbPrinterOfRecord(recordOf(exchange)), 0, kOptionCleaning);
+
+Answer cleanOverMlc(const Place&) {
+    usbNozzleOptions(recordOf("HP", "MLC,PCL,PML"), kOptionCleaning);
     return {};
 }
 
-// ---- The table ----
-
-std::vector<Exchange> exchanges() {
-    const Answer epson{4, "Idle", {60, 42, 31, 80}};
-    const Answer canon{5, "Idle", {75, 40, 62, 0, 18}};
-    const Answer hp{2, "Idle", {75, 60}};
-    constexpr LengthField kEpson{.offset = 10, .size = 2, .lowByteFirst = true};
-    constexpr LengthField kPacket{2, 2};
-    constexpr LengthField kFields{0, 2};
-    using namespace test;
-    return {
-        {"USB, Epson, remote mode", 39, epson, "EPSON", "RC", inOneTransfer<VirtualEpson>, update,
-         kEpson},
-        {"USB, Epson, D4 channel", 87, epson, "EPSON", "D4", inPackets<VirtualD4Epson>, update,
-         kPacket, 8},
-        {"USB, Epson, D4, cleaning",
-         48,
-         {},
-         "EPSON",
-         "D4",
-         inPackets<VirtualD4Epson>,
-         cleanOverD4,
-         kPacket,
-         8},
-        {"USB, Canon", 7.5, canon, "Canon", "BJL", inOneTransfer<VirtualCanon>, update, kFields},
-        {"USB, Canon, IVEC", 7.5, canon, "Canon", "IVEC", ivecCanon, update, kFields},
-        {"USB, HP", 64, hp, "HP", "", inPackets<VirtualMlcHp>, update, kPacket},
-        {"USB, HP, MLC, cleaning",
-         72,
-         {},
-         "HP",
-         "MLC,PCL,PML",
-         inPackets<VirtualMlcHp>,
-         clean,
-         kPacket,
-         4},
-    };
-}
-
-Case caseOf(const Exchange& exchange, const Hardship& hardship, int honestAnswers) {
-    const auto peer = [=, &exchange](const Place&) -> std::shared_ptr<void> {
-        auto made = std::make_shared<Peer>();
-        const std::string maker = exchange.maker;
-        made->printer = &made->bus.attach(
-            {.deviceID = "MFG:" + maker + ";MDL:Pro9000;VSTATUS:IDLE,K0,KP075,C0,CP060;",
-             .deviceIDLength = hardship.deviceIDLength});
-        made->printer->answerWith(spoilt(*made, hardship, exchange.printer(), honestAnswers));
-        return made;
-    };
-    std::string name = hardship.name;
-    if (honestAnswers > 0) name += " after answer " + std::to_string(honestAnswers);
-    return {exchange.name,   name, exchange.boundSeconds,
-            exchange.honest, peer, [&exchange](const Place&) { return exchange.ask(exchange); }};
+Answer cleanOverD4(const Place&) {
+    usbEpsonD4NozzelOptions(usbPrinterOfRecord(recordOf("EPSON", "D4")), 0, kOptionCleaning);
+    return {};
 }
 
 TEST(HostilePeers, OverUsb) {
-    const std::vector<Exchange> all = exchanges();
-    std::vector<Case> cases;
-    for (const Exchange& exchange : all) {
-        cases.push_back(caseOf(exchange, {}, 0));
-        for (int honest = 0; honest <= exchange.honestAnswers; honest += std::max(honest, 1)) {
-            for (const Hardship& hardship : hardshipsFor(exchange.length))
-                cases.push_back(caseOf(exchange, hardship, honest));
-        }
-    }
-    runAll(cases);
+    using namespace test;
+    const Answer epson{4, "Idle", {60, 42, 31, 80}};
+    const Answer canon{5, "Idle", {75, 40, 62, 0, 18}};
+    const auto remote = peersOf("EPSON", inOneTransfer<VirtualEpson>,
+                                {.offset = 10, .size = 2, .lowByteFirst = true});
+    const auto d4 = peersOf("EPSON", inPackets<VirtualD4Epson>, {2, 2});
+    const auto mlc = peersOf("HP", inPackets<VirtualMlcHp>, {2, 2});
+    const auto plain = peersOf("Canon", inOneTransfer<VirtualCanon>, {0, 2});
+    runAll({{"USB, Epson, remote mode", 39, epson, updateOf("EPSON", "RC"), remote},
+            {"USB, Epson, D4 channel", 87, epson, updateOf("EPSON", "D4"), d4, 8},
+            {"USB, Epson, D4 channel, cleaning", 48, {}, cleanOverD4, d4, 8},
+            {"USB, Canon", 7.5, canon, updateOf("Canon", "BJL"), plain},
+            {"USB, Canon, IVEC", 7.5, canon, updateOf("Canon", "IVEC"),
+             peersOf("Canon", ivecCanon, {0, 2})},
+            {"USB, HP", 64, {2, "Idle", {75, 60}}, updateOf("HP", ""), mlc},
+            {"USB, HP, MLC channel, cleaning", 72, {}, cleanOverMlc, mlc, 4}});
 }
 
 }  // namespace
