@@ -58,7 +58,7 @@ std::vector<BadManners> mannersFor(const LengthField& length) {
         };
     };
     const auto endless = [](const ByteVector& transfer) {
-        return [=](Peer&, Transfers& answer) { answer.resize(answer.size() + 4000, transfer); };
+        return [=](Peer&, Transfers& answer) { answer.resize(answer.size() + 1000, transfer); };
     };
     std::vector<BadManners> all{
         {"", [](Peer&, Transfers&) {}},
