@@ -10,11 +10,11 @@ namespace tintoral {
 namespace {
 
 using std::chrono::milliseconds;
+using Steady = std::chrono::steady_clock;
 
 constexpr std::size_t kLengthPrefix = 4;
 constexpr std::size_t kLongestPacket = 0xFFFF;
-constexpr int kLatePieces = 8;
-constexpr int kReadsOfLongPacket = 8;
+constexpr int kWaitsOfPacket = 8;
 
 template <class... Cases>
 struct Overloaded : Cases... {
@@ -47,14 +47,15 @@ int tcpPacketRecv(int socket, MutableBytes buffer, milliseconds timeout) {
     if (waitRecv(socket, prefix, timeout) < static_cast<int>(kLengthPrefix)) return 0;
     keep(buffer, 0, prefix);
     const std::size_t total = packetLength(prefix);
-    for (int latePieces = 0; received < total;) {
+    const auto end = Steady::now() + kWaitsOfPacket * timeout;
+    while (received < total) {
+        if (Steady::now() > end) return 0;
         const std::size_t wanted = std::min(piece.size(), total - received);
         const int count = waitRecv(socket, MutableBytes(piece).first(wanted), timeout);
         if (count < 1) return 0;
         const Bytes more = Bytes(piece).first(static_cast<std::size_t>(count));
         keep(buffer, received, more);
         received += more.size();
-        if (more.size() < wanted && ++latePieces > kLatePieces) return 0;
     }
     return keptBytes(received, buffer);
 }
@@ -65,8 +66,9 @@ int streamPacketRecv(ByteStream& stream, MutableBytes buffer, milliseconds timeo
     auto received = static_cast<std::size_t>(first);
     const std::size_t total = packetLength(buffer);
     std::array<std::uint8_t, kLongestPacket> rest;
-    for (int reads = total > buffer.size() ? kReadsOfLongPacket : 1; received < total && reads > 0;
-         --reads) {
+    const auto end = Steady::now() + kWaitsOfPacket * timeout;
+    for (int reads = total > buffer.size() ? kWaitsOfPacket : 1;
+         received < total && reads > 0 && Steady::now() < end; --reads) {
         const int count = stream.receive(MutableBytes(rest).first(total - received), timeout);
         if (count < 1) return 0;
         const Bytes more = Bytes(rest).first(static_cast<std::size_t>(count));

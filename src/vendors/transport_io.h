@@ -68,10 +68,11 @@ int ioWaitRecv(const IoHandle& handle, MutableBytes buffer, std::chrono::millise
 // at its own header.
 //
 // On a socket the header's four bytes and each wait for more have `timeout`; a wait that yields
-// nothing drops the packet, as does a peer that delivers it in more than eight late pieces. A
-// stream is read once, and once more when the packet has not come whole; a packet longer than the
-// buffer takes up to eight reads. Result: bytes in `buffer`, which a stream may leave short of the
-// packet's length or fill past it; 0 when there is no packet.
+// nothing drops the packet. A stream is read once, and once more when the packet has not come
+// whole; a packet longer than the buffer takes up to eight reads. A packet that has not come whole
+// in eight times `timeout`, and the one wait that is then under way, is dropped as well. Result:
+// bytes in `buffer`, which a stream may leave short of the packet's length or fill past it; 0 when
+// there is no packet.
 int ioPacketRecv(const IoHandle& handle, MutableBytes buffer, std::chrono::milliseconds timeout);
 
 }  // namespace tintoral

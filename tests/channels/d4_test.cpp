@@ -140,18 +140,6 @@ TEST_F(D4, BadHabitsEndInAResultInTime) {
         {"silence at once", {.packetsUntilSilent = 0}, kNoD4Channel, 5s},
         {"silence before Init", {.packetsUntilSilent = 1}, 0, 36s},
         {"silence before the data", {.packetsUntilSilent = 6}, 0, 11s},
-        {"a length below a header's", {.claimedLength = 5}, kNoD4Channel, 3s},
-        {"a length beyond what comes", {.claimedLength = 0xFFFF}, 0, 60s},
-        {"a length cutting the replies", {.claimedLength = 8}, 0, 20s},
-        {"chatter on another socket",
-         {.credit = CreditHabit::Never, .chatter = bytesOfHex("0505000700 0041")},
-         0,
-         10s},
-        {"endless transactions",
-         {.packetsUntilSilent = 6, .chatter = bytesOfHex("0000000901000402 02")},
-         0,
-         10s},
-        {"endless noise", {.packetsUntilSilent = 3, .chatter = ByteVector(600, 0xFF)}, 0, 10s},
     };
     for (const HabitRow& row : rows) {
         const auto before = clock.now();

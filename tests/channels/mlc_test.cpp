@@ -89,18 +89,6 @@ TEST_F(Mlc, BadHabitsEndInAResultInTime) {
         {"an Error packet for Credit, but data", {.errorTo = kGrant}, true, 0, 4s},
         {"silence at once", {.packetsUntilSilent = 0}, false, 0, 2s},
         {"silence half-way", {.packetsUntilSilent = 3}, true, -1, 60s},
-        {"a length below a header's", {.claimedLength = 2}, false, 0, 2s},
-        {"a length beyond what comes", {.claimedLength = 0x4000}, false, 0, 2s},
-        {"endless transactions",
-         {.packetsUntilSilent = 3, .chatter = bytesOfHex("0000000900000401 01")},
-         true,
-         -1,
-         3s},
-        {"endless noise",
-         {.packetsUntilSilent = 3, .chatter = ByteVector(600, 0xFF)},
-         true,
-         -1,
-         3s},
     };
     for (const auto& row : rows) {
         VirtualMlcHp printer(row.habits);

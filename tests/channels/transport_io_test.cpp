@@ -72,20 +72,6 @@ TEST(SocketPackets, ArriveWholeOrNotAtAll) {
     }
 }
 
-TEST(SocketPackets, APeerThatDripsIsNotWaitedForWithoutEnd) {
-    const SocketPair pair;
-    pair.say("0000FFFF");
-    std::jthread drip([&](const std::stop_token& stop) {
-        while (!stop.stop_requested()) {
-            ::send(pair.printer.get(), "", 1, 0);
-            std::this_thread::sleep_for(milliseconds(5));
-        }
-    });
-    const auto start = Steady::now();
-    EXPECT_EQ(packetFrom(pair.handle(), 12), "");
-    EXPECT_LT(Steady::now() - start, 20 * kTimeout);
-}
-
 TEST(StreamPackets, AreReadOnceAndOnceMore) {
     const struct {
         const char* what;

@@ -9,11 +9,11 @@ namespace {
 
 constexpr const char* kAddress = "10.77.0.11";
 
-AddressAnswer answerOf(const test::CanonSetup& setup) {
+AddressAnswer answerOf(const test::CanonSetup& setup, const test::TcpManners& manners = {}) {
     test::VirtualCanon canon(setup);
     const test::TcpPeer peer(
         kAddress, 9100,
-        {[&] { canon.connected(); }, [&](Bytes bytes) { return canon.onReceive(bytes); }});
+        {[&] { canon.connected(); }, [&](Bytes bytes) { return canon.onReceive(bytes); }}, manners);
     return testAddress({kAddress, Connection::RawPort, 9100, "Canon MG5200"}, {});
 }
 
@@ -24,7 +24,7 @@ TEST(AddressPeer, CanonIsAskedInTheLanguageThatItAnswers) {
     const auto plain = answerOf({});
     EXPECT_EQ(plain.outcome, UpdateOutcome::Levels);
     EXPECT_FALSE(plain.printer->contains(keys::usbCmd));
-    const auto silent = answerOf({.honesty = test::CanonHonesty::Silent});
+    const auto silent = answerOf({}, {.silent = true});
     EXPECT_NE(silent.outcome, UpdateOutcome::Levels);
     EXPECT_FALSE(silent.printer->contains(keys::usbCmd));
 }

@@ -187,23 +187,6 @@ TEST(HttpAnswer, IsKeptInParts) {
     EXPECT_EQ(CmpPair(requester->responseHeaders, "www-authenticate", "2"), -1);
 }
 
-// A peer that always has one more byte in time is left all the same.
-TEST(HttpAnswer, IsGivenUpWhenItDripsForEver) {
-    RawScript head, body{{{"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n"}}};
-    for (int i = 0; i < 200; ++i) {
-        head.steps.push_back({"H", milliseconds(20)});
-        body.steps.push_back({"b", milliseconds(20)});
-    }
-    const HttpWaits waits{milliseconds(1500), milliseconds(300), milliseconds(300)};
-    const Answer noHead = ask(head, waits);
-    EXPECT_EQ(noHead.status, -408);
-    EXPECT_LT(noHead.took, milliseconds(2500));
-    const Answer noBody = ask(body, waits);
-    EXPECT_EQ(noBody.end, -408);
-    EXPECT_GT(noBody.body.size(), 5U);
-    EXPECT_LT(noBody.took, milliseconds(2500));
-}
-
 TEST(HttpAnswer, WaitsFiveSecondsForAByte) {
     const Answer answer = ask(says("HTTP/1.1 200 O"), HttpWaits{});
     EXPECT_EQ(answer.status, -408);

@@ -104,18 +104,6 @@ TEST(PrinterMib, APeerThatNeverLeavesTheColumnIsLeftAfterTenRounds) {
     EXPECT_EQ(record.entries[9].level, 100);
 }
 
-TEST(PrinterMib, GarbageIsNoSupply) {
-    for (const std::string_view garbage :
-         {"\x30", "\x30\x84\xff\xff\xff\xff", "\x30\x82\xff\xff\x02\x01", "GET / "}) {
-        const test::UdpPeer peer(kHost, 161, [garbage](Bytes) {
-            return std::optional(test::Datagram(garbage.begin(), garbage.end()));
-        });
-        const Inquiry inquiry("HP");
-        EXPECT_EQ(inquiry.result, 0);
-        EXPECT_EQ(inquiry.record.count, 0);
-    }
-}
-
 TEST(PrinterMib, StatusWordsAndLevels) {
     const auto words = [](int status, std::string_view errors) {
         StatusText text;

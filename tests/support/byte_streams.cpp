@@ -69,8 +69,4 @@ void PrinterStream::onSend(Bytes bytes) {
     for (ByteVector& transfer : printer_.transfersFor(bytes)) push(std::move(transfer));
 }
 
-void PrinterStream::onEmpty() {
-    if (!printer_.habits().chatter.empty()) push(printer_.habits().chatter);
-}
-
 }  // namespace tintoral::test

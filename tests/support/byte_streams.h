@@ -69,7 +69,6 @@ class PrinterStream final : public QueuedStream {
 
   private:
     void onSend(Bytes bytes) override;
-    void onEmpty() override;
 
     VirtualPacketPrinter& printer_;
 };

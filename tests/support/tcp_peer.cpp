@@ -48,6 +48,17 @@ void resetOnClose(int socket) {
     ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &now, sizeof now);
 }
 
+// Result: false when the client is gone.
+bool sendInPieces(const std::stop_token& stop, int client, Bytes bytes, const TcpManners& how) {
+    ByteReader rest(bytes);
+    while (!rest.atEnd() && !stop.stop_requested()) {
+        const Bytes piece = rest.take(std::min(how.pieceSize, rest.remaining()));
+        if (::send(client, piece.data(), piece.size(), MSG_NOSIGNAL) < 0) return false;
+        sleepUnlessStopped(stop, how.pieceGap);
+    }
+    return true;
+}
+
 }  // namespace
 
 UniqueFd listenOn(const std::string& address, std::uint16_t port) {
@@ -119,7 +130,8 @@ void TcpPeer::serve(const std::stop_token& stop) {
 
 void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
     script_.opened();
-    if (!say(stop, client.get(), script_.greeting)) return;
+    answersLeftHonest_ = manners().honestAnswers;
+    if (!script_.greeting.empty() && !answer(stop, client.get(), script_.greeting)) return;
     std::array<std::uint8_t, 4096> buffer{};
     auto lastHeard = Steady::now();
     while (!stop.stop_requested() && Steady::now() - lastHeard < kLongestSilence) {
@@ -128,29 +140,29 @@ void TcpPeer::serveClient(const std::stop_token& stop, UniqueFd client) {
         if (count <= 0) return;
         lastHeard = Steady::now();
         const Bytes request = Bytes(buffer).first(static_cast<std::size_t>(count));
-        if (!answer(stop, client.get(), request)) return;
+        if (!answer(stop, client.get(), script_.received(request))) return;
     }
 }
 
-bool TcpPeer::answer(const std::stop_token& stop, int client, Bytes request) {
-    const std::vector<std::uint8_t> reply = script_.received(request);
-    const TcpManners how = manners();
+// Result: false when the client is gone, or is to go.
+bool TcpPeer::answer(const std::stop_token& stop, int client,
+                     const std::vector<std::uint8_t>& reply) {
+    const bool honest = answersLeftHonest_ > 0;
+    if (honest && !reply.empty()) --answersLeftHonest_;
+    const TcpManners how = honest ? TcpManners{} : manners();
     if (how.resets) resetOnClose(client);
-    return !how.resets && say(stop, client, reply);
-}
-
-// Result: false when the client is gone.
-bool TcpPeer::say(const std::stop_token& stop, int client, Bytes reply) {
-    const TcpManners how = manners();
+    if (how.resets) return false;
     if (how.silent || reply.empty()) return true;
+    std::vector<std::uint8_t> said = reply;
+    if (how.spoil) how.spoil(said);
+    said.resize(std::min(how.atMost, said.size()));
     sleepUnlessStopped(stop, how.delay);
-    ByteReader rest(reply.first(std::min(how.atMost, reply.size())));
-    while (!rest.atEnd() && !stop.stop_requested()) {
-        const Bytes piece = rest.take(std::min(how.pieceSize, rest.remaining()));
-        if (::send(client, piece.data(), piece.size(), MSG_NOSIGNAL) < 0) return false;
-        sleepUnlessStopped(stop, how.pieceGap);
+    if (!sendInPieces(stop, client, said, how)) return false;
+    while (!how.endless.empty() && !stop.stop_requested()) {
+        if (!sendInPieces(stop, client, how.endless, how)) return false;
     }
-    return true;
+    if (how.resetsAfter) resetOnClose(client);
+    return !how.resetsAfter;
 }
 
 }  // namespace tintoral::test

@@ -31,6 +31,10 @@ struct TcpManners {
     std::chrono::milliseconds pieceGap{0};  // after each piece
     bool silent = false;                    // hears all, says nothing
     bool resets = false;                    // breaks the connection on the first byte
+    bool resetsAfter = false;               // breaks it after what it says of an answer
+    std::function<void(std::vector<std::uint8_t>&)> spoil = nullptr;  // has each answer first
+    std::vector<std::uint8_t> endless = {};  // said after an answer until the client is gone
+    int honestAnswers = 0;  // so many of each connection are given without any of this
 };
 
 // A socket that listens; throws std::system_error when the address is taken.
@@ -58,14 +62,14 @@ class TcpPeer {
   private:
     void serve(const std::stop_token& stop);
     void serveClient(const std::stop_token& stop, UniqueFd client);
-    bool answer(const std::stop_token& stop, int client, Bytes request);
-    bool say(const std::stop_token& stop, int client, Bytes reply);
+    bool answer(const std::stop_token& stop, int client, const std::vector<std::uint8_t>& reply);
     TcpManners manners() const;
 
     UniqueFd socket_;
     TcpScript script_;
     mutable std::mutex mutex_;
     TcpManners manners_;
+    int answersLeftHonest_ = 0;
     int clientsServed_ = 0;
     std::jthread thread_;
 };

@@ -29,10 +29,11 @@ UniqueFd boundTo(const std::string& address, std::uint16_t port, bool shared) {
 }  // namespace
 
 UdpPeer::UdpPeer(const std::string& address, std::uint16_t port, Script script,
-                 const std::string& alsoAt)
+                 const std::string& alsoAt, int answers)
     : socket_(boundTo(address, port, false)),
       second_(alsoAt.empty() ? UniqueFd() : boundTo(alsoAt, port, true)),
-      script_(std::move(script)) {
+      script_(std::move(script)),
+      answers_(answers) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
@@ -52,12 +53,12 @@ void UdpPeer::serve(const std::stop_token& stop) {
     while (!stop.stop_requested()) {
         if (::poll(entries.data(), entries.size(), kStopCheckMs) < 1) continue;
         for (const pollfd& entry : entries) {
-            if ((entry.revents & POLLIN) != 0) answerOne(entry.fd);
+            if ((entry.revents & POLLIN) != 0) answerOne(stop, entry.fd);
         }
     }
 }
 
-void UdpPeer::answerOne(int socket) {
+void UdpPeer::answerOne(const std::stop_token& stop, int socket) {
     Datagram request(65536);
     sockaddr_in sender{};
     socklen_t size = sizeof sender;
@@ -69,8 +70,9 @@ void UdpPeer::answerOne(int socket) {
         const std::lock_guard lock(mutex_);
         requests_.push_back(request);
     }
-    if (const auto answer = script_(request)) {
-        ::sendto(socket_.get(), answer->data(), answer->size(), MSG_NOSIGNAL, from, size);
+    for (int i = 0; i < answers_ && !stop.stop_requested(); ++i) {
+        if (const auto answer = script_(request))
+            ::sendto(socket_.get(), answer->data(), answer->size(), MSG_NOSIGNAL, from, size);
     }
 }
 

@@ -24,9 +24,9 @@ class UdpPeer {
 
     // Binds at once, so that no request is lost; throws std::system_error when the address is
     // taken. What comes to `alsoAt`, which may be a broadcast address that others hear too, is
-    // answered from `address` as well.
+    // answered from `address` as well. The script is asked for an answer `answers` times each.
     UdpPeer(const std::string& address, std::uint16_t port, Script script,
-            const std::string& alsoAt = "");
+            const std::string& alsoAt = "", int answers = 1);
     ~UdpPeer();
     UdpPeer(const UdpPeer&) = delete;
     UdpPeer& operator=(const UdpPeer&) = delete;
@@ -36,11 +36,12 @@ class UdpPeer {
 
   private:
     void serve(const std::stop_token& stop);
-    void answerOne(int socket);
+    void answerOne(const std::stop_token& stop, int socket);
 
     UniqueFd socket_;
     UniqueFd second_;
     Script script_;
+    int answers_;
     mutable std::mutex mutex_;
     std::vector<Datagram> requests_;
     std::jthread thread_;

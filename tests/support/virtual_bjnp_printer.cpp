@@ -39,7 +39,8 @@ VirtualBjnpPrinter::VirtualBjnpPrinter(const std::string& address, BjnpSetup set
       setup_(std::move(setup)),
       nextSession_(setup_.firstSession),
       peer_(
-          address, kPort, [this](Bytes request) { return answer(request); }, broadcastAddress) {}
+          address, kPort, [this](Bytes request) { return answer(request); }, broadcastAddress,
+          setup_.answers) {}
 
 std::set<std::uint16_t> VirtualBjnpPrinter::openSessions() const {
     const std::lock_guard lock(mutex_);

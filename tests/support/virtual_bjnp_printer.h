@@ -29,6 +29,7 @@ struct BjnpSetup {
     std::uint16_t firstSession = 17;                 // the next ones count up
     std::set<std::uint8_t> ignores = {};             // commands that it does not answer
     std::function<void(Datagram&)> spoil = nullptr;  // has each answer before it is sent
+    int answers = 1;                                 // to each request
 };
 
 class VirtualBjnpPrinter {

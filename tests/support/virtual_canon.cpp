@@ -12,7 +12,6 @@ constexpr std::size_t kFrameHeader = 5;
 constexpr std::size_t kLongestFrame = 256;
 constexpr auto kStatusRequest = "\0\x1E"sv;
 constexpr auto kBjlMode = "\0\x1F"sv;
-constexpr std::size_t kChatter = 60000;
 
 std::string big16(std::size_t value) {
     return {static_cast<char>(value >> 8), static_cast<char>(value)};
@@ -80,7 +79,7 @@ bool VirtualCanon::takeFrame(std::string& answer) {
 bool VirtualCanon::takeIvecRequest(std::size_t length, std::string& answer) {
     if (pending_.size() < length) return false;
     requests_.emplace_back("IVEC");
-    answer += falsified(ivecReply(fields("BST,CIR,DWS")));
+    answer += ivecReply(fields("BST,CIR,DWS"));
     return drop(length);
 }
 
@@ -102,7 +101,7 @@ bool VirtualCanon::takeJobLine() {
 void VirtualCanon::obey(std::string_view text, std::string& answer) {
     requests_.emplace_back(text);
     const auto names = textBetween(text, "SSR=", ';');
-    if (!setup_.ivec && names && *names != "DF") answer += falsified(plainReply(fields(*names)));
+    if (!setup_.ivec && names && *names != "DF") answer += plainReply(fields(*names));
 }
 
 std::string VirtualCanon::fields(std::string_view names) const {
@@ -124,32 +123,12 @@ std::string VirtualCanon::field(std::string_view name) const {
 }
 
 std::string VirtualCanon::inkField() const {
-    std::string once;
+    std::string all;
     for (const CanonInk& ink : setup_.inks) {
         const std::string level = ink.level < 0 ? "UK" : std::to_string(ink.level);
-        once += (once.empty() ? "" : ",") + ink.name + "=" + level;
+        all += (all.empty() ? "" : ",") + ink.name + "=" + level;
     }
-    std::string all = once;
-    if (setup_.honesty != CanonHonesty::ManyInks) return all;
-    for (int i = 1; i < 200; ++i) all += "," + once;
     return all;
-}
-
-std::string VirtualCanon::falsified(std::string reply) const {
-    switch (setup_.honesty) {
-        case CanonHonesty::Silent:
-            return "";
-        case CanonHonesty::Half:
-            return reply.substr(0, reply.size() / 2);
-        case CanonHonesty::LengthShort:
-            return reply.replace(0, 2, big16(4));
-        case CanonHonesty::LengthLong:
-            return reply.replace(0, 2, big16(0xFFFF));
-        case CanonHonesty::Chatter:
-            return (setup_.ivec ? "<?xml" : "") + std::string(kChatter, 'x');
-        default:
-            return reply;
-    }
 }
 
 std::vector<std::string> VirtualCanon::requests() const {

@@ -19,16 +19,6 @@
 
 namespace tintoral::test {
 
-enum class CanonHonesty {
-    Honest,
-    Silent,
-    Half,         // the first half of the reply
-    LengthShort,  // the length says 4
-    LengthLong,   // the length says 65535
-    ManyInks,     // "CIR:" names each ink two hundred times over
-    Chatter,      // 60000 characters that begin like a reply and mean nothing
-};
-
 // An ink as "CIR:" names it; a negative level is "UK".
 struct CanonInk {
     std::string name;
@@ -38,9 +28,8 @@ struct CanonInk {
 struct CanonSetup {
     bool ivec = false;
     std::vector<CanonInk> inks{{"PBK", 75}, {"BK", 40}, {"M", 62}, {"C", -1}, {"Y", 18}};
-    std::string status = "00";    // of "BST:"
-    std::string warnings = "NO";  // of "DWS:"
-    CanonHonesty honesty = CanonHonesty::Honest;
+    std::string status = "00";     // of "BST:"
+    std::string warnings = "NO";   // of "DWS:"
     bool fillers = true;           // fields that say nothing take up the reply's first 256 bytes
     bool cleaningUsesInk = false;  // each cleaning takes 2 percent of every ink
 };
@@ -70,7 +59,6 @@ class VirtualCanon {
     std::string fields(std::string_view names) const;
     std::string field(std::string_view name) const;
     std::string inkField() const;
-    std::string falsified(std::string reply) const;
 
     mutable std::mutex mutex_;
     CanonSetup setup_;

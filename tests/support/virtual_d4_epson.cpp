@@ -50,7 +50,7 @@ bool VirtualD4Epson::takeText(std::string& heard) {
     remoteMode_.onReceive(asBytes(heard).first(text));
     heard.erase(0, packetMode_ ? text + kEnterPacketMode.size() : text);
     if (!packetMode_) return false;
-    sayAsIs({0x00, 0x00, 0x00, 0x08, 0x01, 0x00, 0xC5, 0x00});
+    say({0x00, 0x00, 0x00, 0x08, 0x01, 0x00, 0xC5, 0x00});
     return true;
 }
 

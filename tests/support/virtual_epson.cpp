@@ -60,31 +60,6 @@ std::string laserReply(const EpsonSetup& setup) {
     return "@EJL STATUS CODE=" + hex;
 }
 
-std::string lyingReply(EpsonReply form) {
-    switch (form) {
-        case EpsonReply::Binary:
-            return "@BDC ST2\r\n\xFF\x7F\x01\x01\x04\x0F\x7F\x03\x01"s;
-        case EpsonReply::Text:
-            return "@BDC ST\r\nST:0;IQ:" + std::string(1500, '5') + ";RV:";
-        case EpsonReply::Laser:
-            return "@EJL STATUS CODE=6300";
-        default:
-            return "";
-    }
-}
-
-// The right marker, then noise: the same bytes each time.
-std::string garbage(EpsonReply form) {
-    std::string reply = form == EpsonReply::Text ? "@BDC ST\r\nIQ:" : "@BDC ST2\r\n";
-    if (form == EpsonReply::Laser) reply = "@EJL STATUS CODE=";
-    std::uint32_t seed = 2463534242U;
-    while (reply.size() < 2048) {
-        seed = seed * 1664525U + 1013904223U;
-        reply += byteOf(seed >> 24);
-    }
-    return reply;
-}
-
 std::string honestReply(EpsonReply form, const EpsonSetup& setup) {
     switch (form) {
         case EpsonReply::Binary:
@@ -170,8 +145,6 @@ void VirtualEpson::clean() {
 std::string VirtualEpson::statusReply(std::size_t variant) const {
     const EpsonReply form = setup_.replies.at(variant);
     if (form == EpsonReply::None) return "";
-    if (setup_.honesty == EpsonHonesty::LyingLengths) return lyingReply(form);
-    if (setup_.honesty == EpsonHonesty::Garbage) return garbage(form);
     return honestReply(form, setup_);
 }
 

@@ -20,7 +20,6 @@
 namespace tintoral::test {
 
 enum class EpsonReply { None, Binary, Text, Laser };
-enum class EpsonHonesty { Honest, LyingLengths, Garbage };
 
 // An ink as the binary reply describes it; the colour code is Epson's (0 black, 1 cyan, 2 magenta,
 // 3 yellow, 4 light cyan, 5 light magenta, ...), the level in percent.
@@ -32,9 +31,8 @@ struct EpsonInk {
 struct EpsonSetup {
     std::array<EpsonReply, 3> replies{EpsonReply::None, EpsonReply::None, EpsonReply::Binary};
     std::vector<EpsonInk> inks{{0, 60}, {1, 42}, {2, 31}, {3, 80}};
-    int status = 4;        // the number of field 01 and of "ST:"; 4 is idle
-    int laserCode = 1000;  // the code of a laser reply; 1000 is idle
-    EpsonHonesty honesty = EpsonHonesty::Honest;
+    int status = 4;                // the number of field 01 and of "ST:"; 4 is idle
+    int laserCode = 1000;          // the code of a laser reply; 1000 is idle
     bool cleaningUsesInk = false;  // each cleaning takes 2 percent of every ink
 };
 

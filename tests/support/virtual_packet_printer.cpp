@@ -51,7 +51,7 @@ bool VirtualPacketPrinter::takePacket() {
 }
 
 void VirtualPacketPrinter::onPacket(Bytes packet) {
-    if (late_) sayAsIs(*std::exchange(late_, std::nullopt));
+    if (late_) say(*std::exchange(late_, std::nullopt));
     const Bytes payload = packet.subspan(6);
     if (packet[0] != 0) {
         onData(packet[0], payload);
@@ -61,16 +61,8 @@ void VirtualPacketPrinter::onPacket(Bytes packet) {
     sendData();
 }
 
-void VirtualPacketPrinter::sayAsIs(ByteVector packet) {
-    if (habits_.packetsUntilSilent-- > 0) answer_.push_back(std::move(packet));
-}
-
 void VirtualPacketPrinter::say(ByteVector packet) {
-    if (habits_.claimedLength) {
-        packet[2] = static_cast<std::uint8_t>(*habits_.claimedLength >> 8);
-        packet[3] = static_cast<std::uint8_t>(*habits_.claimedLength);
-    }
-    sayAsIs(std::move(packet));
+    if (habits_.packetsUntilSilent-- > 0) answer_.push_back(std::move(packet));
 }
 
 void VirtualPacketPrinter::transaction(std::uint8_t headerCredit, const ByteVector& payload) {

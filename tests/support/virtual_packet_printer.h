@@ -32,8 +32,6 @@ struct PacketHabits {
     std::optional<std::uint8_t> wrongTo = std::nullopt;  // replies as to another command
     std::optional<std::uint8_t> lateTo = std::nullopt;   // replies when the next packet comes
     int packetsUntilSilent = std::numeric_limits<int>::max();
-    std::optional<std::uint16_t> claimedLength = std::nullopt;  // in the header of all it sends
-    ByteVector chatter = {};                                    // said unasked (PrinterStream only)
 };
 
 class VirtualPacketPrinter {
@@ -55,7 +53,7 @@ class VirtualPacketPrinter {
     virtual void onTransaction(std::uint8_t command, Bytes arguments) = 0;
     virtual void onData(std::uint8_t socket, Bytes data) = 0;
 
-    void sayAsIs(ByteVector packet);
+    void say(ByteVector packet);
     void transaction(std::uint8_t headerCredit, const ByteVector& payload);
     void reply(std::uint8_t headerCredit, std::uint8_t command, const ByteVector& fields);
     void error();
@@ -65,7 +63,6 @@ class VirtualPacketPrinter {
   private:
     bool takePacket();
     void onPacket(Bytes packet);
-    void say(ByteVector packet);
     void sendData();
 
     PacketHabits habits_;

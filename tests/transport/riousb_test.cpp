@@ -159,16 +159,14 @@ TEST(Riousb, WritesEndWhateverComes) {
         BaseStationSetup setup;
         int result;
         milliseconds took;
-        test::TcpManners manners;
     } cases[] = {
-        {{.refuses = {4}}, -1, 0ms, {}},
-        {{.ignores = {4}}, 0, 500ms, {}},
-        {{.emptyAcknowledgements = true}, 0, 500ms, {}},
-        {{.chatterType = 77}, 4, 0ms, {}},
-        {{.chatterType = 77}, 0, 5000ms, {.pieceSize = 24, .pieceGap = 60ms}},
+        {{.refuses = {4}}, -1, 0ms},
+        {{.ignores = {4}}, 0, 500ms},
+        {{.emptyAcknowledgements = true}, 0, 500ms},
+        {{.chatterType = 77}, 4, 0ms},
     };
     for (const auto& c : cases) {
-        Station station(c.setup, c.manners);
+        Station station(c.setup);
         Opened opened;
         const auto took = timed([&] { EXPECT_EQ(opened.write("x"), c.result); });
         EXPECT_GE(took, c.took);
@@ -276,8 +274,7 @@ TEST(RiousbInkStatus, EachMakerIsAskedInItsLanguage) {
 }
 
 TEST(RiousbInkStatus, IsNothingWithoutAPrinterThatAnswers) {
-    test::VirtualCanon canon({.status = "04", .honesty = test::CanonHonesty::LengthLong});
-    Station station({.printer = test::inOneTransfer(canon)});
+    Station station({});
     const auto changed = [](std::string_view key, Value value) {
         PrinterRecord record = recordOf("Canon");
         record.set(key, std::move(value));
@@ -292,7 +289,6 @@ TEST(RiousbInkStatus, IsNothingWithoutAPrinterThatAnswers) {
     }
     EXPECT_FALSE(station.peer.waitForClients(1, 50ms));
     EXPECT_EQ(Query(changed(keys::usbPrinterName, "other")).result, 0);
-    EXPECT_EQ(Query(recordOf("Canon")).result, 5) << "a length that lies";
 
     station.station.change({.ignores = {3, 5}});
     for (const auto& [record, waits] :

@@ -62,8 +62,8 @@ std::optional<int> receiveInExchange(D4Channel& channel) {
     return result;
 }
 
-void closeStaleChannel(const IoHandle& handle) {
-    auto stale = std::make_unique<D4Channel>(handle);
+void closeStaleChannel(const IoHandle& handle, SessionEnd end) {
+    auto stale = std::make_unique<D4Channel>(handle, end);
     stale->socketId = kStaleSocket;
     D4close(stale);
 }
@@ -144,24 +144,27 @@ int grantReadCredit(D4Channel& channel) {
 
 }  // namespace
 
-int D4start(const IoHandle& handle, std::string_view) {
+int D4start(const IoHandle& handle, std::string_view, SessionEnd end) {
     std::array<std::uint8_t, kStartAnswerRoom> buffer{};
     std::size_t wanted = buffer.size();
     for (int attempt = 0; attempt < kStartAttempts; ++attempt) {
+        const milliseconds wait = withinSession(kStartTimeout, end);
+        if (wait == milliseconds(0)) return -1;
         ioSend(handle, asBytes(kEnterPacketMode));
-        const int count = ioWaitRecv(handle, MutableBytes(buffer).first(wanted), kStartTimeout);
+        const int count = ioWaitRecv(handle, MutableBytes(buffer).first(wanted), wait);
         if (count < 1) continue;  // no answer, and so none to take the size from
         wanted = static_cast<std::size_t>(count);
         const std::string_view answer = asText(Bytes(buffer).first(wanted));
         if (answer.starts_with(kPacketModeOn)) return 0;
-        if (answer.starts_with(kStillInPacketMode)) closeStaleChannel(handle);
+        if (answer.starts_with(kStillInPacketMode)) closeStaleChannel(handle, end);
     }
     return -1;
 }
 
-std::unique_ptr<D4Channel> D4open(const IoHandle& handle, std::string_view service, int revision) {
+std::unique_ptr<D4Channel> D4open(const IoHandle& handle, std::string_view service, int revision,
+                                  SessionEnd end) {
     d4Revision = revision;
-    auto channel = std::make_unique<D4Channel>(handle);
+    auto channel = std::make_unique<D4Channel>(handle, end);
     const bool opened =
         init(*channel) == 0 && findSocket(*channel, service) == 0 && openSocket(*channel) == 0;
     if (!opened) return nullptr;

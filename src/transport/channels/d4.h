@@ -18,9 +18,12 @@
 //   Exit            -                                      result
 //
 // Waits: a receive takes up to 800 ms (1000 ms before packet mode), after a pause of 100 ms in an
-// exchange. Results are integers; nothing is shown to the user.
+// exchange. A silent printer takes some 30 s through all of a session; no printer gets more than 40
+// s, from D4start() on, and the packet that is then under way (transport_io.h). Results are
+// integers; nothing is shown to the user.
 #pragma once
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -31,6 +34,8 @@
 #include "vendors/transport_io.h"
 
 namespace tintoral {
+
+inline constexpr std::chrono::seconds kD4SessionTime{40};
 
 struct D4Channel : PacketChannel {
     using PacketChannel::PacketChannel;
@@ -46,12 +51,14 @@ inline constexpr std::size_t kD4PayloadRoom = 506;
 // but after an answer for as many as that had, as meant. A printer that was left in packet mode
 // answers with an Error packet: its channel 2 is closed and packet mode ended before the next
 // attempt. `name` is ignored. Result: 0 in packet mode, else -1.
-int D4start(const IoHandle& handle, std::string_view name);
+int D4start(const IoHandle& handle, std::string_view name,
+            SessionEnd end = sessionEndIn(kD4SessionTime));
 
 // Opens the channel of a service (a name of at most 121 characters); null when the printer refuses
 // one of the three steps. A printer that says nothing does not refuse: its socket, sizes and credit
 // are then 0.
-std::unique_ptr<D4Channel> D4open(const IoHandle& handle, std::string_view service, int revision);
+std::unique_ptr<D4Channel> D4open(const IoHandle& handle, std::string_view service, int revision,
+                                  SessionEnd end = sessionEndIn(kD4SessionTime));
 
 // Sends one data packet of at most 506 bytes. Without credit it asks for it, up to three times.
 // Result: 0; 1 or -1 when the printer refuses the request; -1 when there is no credit or the data

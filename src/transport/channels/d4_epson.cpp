@@ -24,10 +24,11 @@ constexpr milliseconds kOpenRetryPause{500};
 constexpr std::array<std::uint8_t, 5> kStatusInquiry{'s', 't', 0x01, 0x00, 0x01};
 
 std::unique_ptr<D4Channel> openControlChannel(const IoHandle& handle) {
-    if (D4start(handle, kControlService) != 0) return nullptr;
-    if (auto channel = D4open(handle, kControlService, kRevision)) return channel;
+    const SessionEnd end = sessionEndIn(kD4SessionTime);
+    if (D4start(handle, kControlService, end) != 0) return nullptr;
+    if (auto channel = D4open(handle, kControlService, kRevision, end)) return channel;
     pauseFor(kOpenRetryPause);
-    return D4open(handle, kControlService, kRevision);
+    return D4open(handle, kControlService, kRevision, end);
 }
 
 int writeAfterPause(D4Channel& channel, Bytes command) {

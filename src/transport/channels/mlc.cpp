@@ -22,6 +22,7 @@ constexpr std::uint8_t kSocket = 1;
 constexpr std::uint8_t kCommandCredit = 0;
 
 constexpr milliseconds kReceiveTimeout{1200};
+constexpr std::chrono::seconds kSessionTime{60};
 constexpr int kExchangeReceives = 10;
 constexpr std::size_t kReplyRoom = 256;
 constexpr std::size_t kShortReplyRoom = 16;
@@ -103,7 +104,7 @@ int MLCstart(TcpSocket connection) {
 }
 
 std::unique_ptr<MLCChannel> MLCopen(const IoHandle& handle) {
-    auto channel = std::make_unique<MLCChannel>(handle);
+    auto channel = std::make_unique<MLCChannel>(handle, sessionEndIn(kSessionTime));
     const bool opened =
         init(*channel) == 0 && configureSocket(*channel) == 0 && openSocket(*channel) == 0;
     if (!opened) return nullptr;

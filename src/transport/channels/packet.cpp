@@ -6,6 +6,19 @@
 namespace tintoral {
 namespace {
 
+using std::chrono::milliseconds;
+
+bool isOver(const PacketChannel& channel) {
+    return std::chrono::steady_clock::now() >= channel.end;
+}
+
+// A packet as the channel receives them: nothing any more when the session is over.
+std::size_t receivePacket(const PacketChannel& channel, MutableBytes buffer, milliseconds timeout) {
+    if (isOver(channel)) return 0;
+    const int count = ioPacketRecv(channel.handle, buffer, withinSession(timeout, channel.end));
+    return count > 0 ? static_cast<std::size_t>(count) : 0;
+}
+
 void writeHeader(ByteWriter& writer, const PacketHeader& header) {
     writer.u8(header.psid).u8(header.ssid).be16(header.length).u8(header.credit).u8(header.control);
 }
@@ -20,6 +33,16 @@ std::size_t writeTransaction(MutableBytes buffer, std::uint8_t credit, Bytes pay
 }
 
 }  // namespace
+
+SessionEnd sessionEndIn(milliseconds time) {
+    return std::chrono::steady_clock::now() + time;
+}
+
+milliseconds withinSession(milliseconds timeout, SessionEnd end) {
+    const auto now = std::chrono::steady_clock::now();
+    if (now >= end) return milliseconds(0);
+    return std::min(timeout, std::chrono::ceil<milliseconds>(end - now));
+}
 
 std::optional<Packet> parsePacket(Bytes received) {
     ByteReader reader(received);
@@ -68,16 +91,14 @@ void setCommand(PacketChannel& channel, std::uint8_t credit,
 }
 
 int sendCommand(const PacketChannel& channel) {
-    if (channel.commandLength == 0) return -1;
+    if (channel.commandLength == 0 || isOver(channel)) return -1;
     return ioSend(channel.handle, Bytes(channel.command).first(channel.commandLength));
 }
 
-std::size_t receiveReply(PacketChannel& channel, std::size_t maximum,
-                         std::chrono::milliseconds timeout) {
+std::size_t receiveReply(PacketChannel& channel, std::size_t maximum, milliseconds timeout) {
     const MutableBytes room =
         MutableBytes(channel.reply).first(std::min(maximum, channel.reply.size()));
-    const int count = ioPacketRecv(channel.handle, room, timeout);
-    const std::size_t received = count > 0 ? static_cast<std::size_t>(count) : 0;
+    const std::size_t received = receivePacket(channel, room, timeout);
     const auto packet = parsePacket(Bytes(room).first(received));
     channel.replyLength = packet ? kPacketHeaderSize + packet->payload.size() : received;
     return received;
@@ -117,11 +138,11 @@ int requestCreditUpTo(const PacketChannel& channel, int most, const std::functio
     return 0;
 }
 
-void receiveReverseCommand(const PacketChannel& channel, std::chrono::milliseconds timeout,
+void receiveReverseCommand(const PacketChannel& channel, milliseconds timeout,
                            const ReverseCommand& execute) {
     std::array<std::uint8_t, 16> packet;
-    const int received = ioPacketRecv(channel.handle, packet, timeout);
-    if (received > 0) execute(packet, static_cast<std::size_t>(received));
+    const std::size_t received = receivePacket(channel, packet, timeout);
+    if (received > 0) execute(packet, received);
 }
 
 std::optional<Packet> awaitData(const PacketChannel& channel, MutableBytes storage,
@@ -129,9 +150,8 @@ std::optional<Packet> awaitData(const PacketChannel& channel, MutableBytes stora
     using Steady = std::chrono::steady_clock;
     const auto deadline = Steady::now() + limits.whole;
     for (int packets = 0; packets < limits.packets && Steady::now() < deadline; ++packets) {
-        const int count = ioPacketRecv(channel.handle, storage, limits.timeout);
-        if (count < 1) return std::nullopt;
-        const auto received = static_cast<std::size_t>(count);
+        const std::size_t received = receivePacket(channel, storage, limits.timeout);
+        if (received == 0) return std::nullopt;
         const auto packet = parsePacket(Bytes(storage).first(received));
         if (!packet) continue;
         if (packet->onSocket(0)) {

@@ -75,11 +75,22 @@ std::optional<Transaction> parseTransaction(Bytes received);
 std::uint8_t byteAt(Bytes packet, std::size_t offset);
 std::uint16_t be16At(Bytes packet, std::size_t offset);
 
+// When a session has to be over: from then on nothing is sent or received any more, whatever the
+// printer still has to say. Each of its waits is short, but a printer that always says something,
+// or drips its packets, makes the most of every one of them.
+using SessionEnd = std::chrono::steady_clock::time_point;
+SessionEnd sessionEndIn(std::chrono::milliseconds time);
+
+// `timeout`, or what is left of the session if that is less; never less than 0.
+std::chrono::milliseconds withinSession(std::chrono::milliseconds timeout, SessionEnd end);
+
 // One channel. The caller owns it; the handle's connection stays with whoever opened it.
 struct PacketChannel {
-    explicit PacketChannel(const IoHandle& connection) : handle(connection) {}
+    explicit PacketChannel(const IoHandle& connection, SessionEnd sessionEnd = SessionEnd::max())
+        : handle(connection), end(sessionEnd) {}
 
     IoHandle handle;
+    SessionEnd end;
     bool open = false;
     std::uint8_t socketId = 1;
     std::uint16_t sendCredit = 0;  // packets that may still be sent
@@ -104,7 +115,7 @@ void setCommand(PacketChannel& channel, std::uint8_t credit, Bytes payload);
 void setCommand(PacketChannel& channel, std::uint8_t credit,
                 std::initializer_list<std::uint8_t> payload);
 
-// Sends channel.command. Result: that of ioSend().
+// Sends channel.command. Result: that of ioSend(); -1 without a command or after the session's end.
 int sendCommand(const PacketChannel& channel);
 
 // Receives one packet of at most `maximum` bytes (256 are kept) into channel.reply. Result: bytes

@@ -20,11 +20,14 @@ namespace tintoral {
 namespace {
 
 using std::chrono::milliseconds;
+using Steady = std::chrono::steady_clock;
 
 constexpr milliseconds kDeviceIDTimeout{1000};
 constexpr milliseconds kEpsonTimeout{800};
 constexpr milliseconds kCanonTimeout{600};
 constexpr milliseconds kFurtherPieceTimeout{400};
+// A printer that has one more byte each time may not go on till the reply is full.
+constexpr milliseconds kFurtherPiecesTime{5000};
 
 constexpr std::size_t kReplyRoom = 1024;
 using Reply = std::array<std::uint8_t, kReplyRoom>;
@@ -87,7 +90,8 @@ bool holds(Bytes reply, std::string_view mark) {
 Bytes receiveXml(RiousbConnection& connection, Reply& storage) {
     Bytes reply = firstOf(storage, riousbRead(connection, storage, kCanonTimeout));
     if (!holds(reply, "<?xml")) return {};
-    while (!holds(reply, "</cmd>") && reply.size() < storage.size()) {
+    const auto end = Steady::now() + kFurtherPiecesTime;
+    while (!holds(reply, "</cmd>") && reply.size() < storage.size() && Steady::now() < end) {
         const MutableBytes room = MutableBytes(storage).subspan(reply.size());
         const int count = riousbRead(connection, room, kFurtherPieceTimeout);
         if (count < 1) break;

@@ -17,7 +17,8 @@ namespace tintoral {
 //   "EPSON"   on the D4 control channel when "usb_CMD" names D4; else in remote mode in the variant
 //             that "commandType" names, for up to 800 ms
 //   "Canon"   the status inquiry that "usb_CMD" wants, for up to 600 ms, and then the command that
-//             ends it; for XML replies up to 400 ms more for each further piece, instead
+//             ends it; for XML replies up to 400 ms more for each further piece, instead, and
+//             5 s for all of them
 //
 // Replies are read up to 1024 bytes. Nothing is remembered in the record.
 //
