@@ -1,0 +1,107 @@
+// bonjour_endurance SERVICES ROUNDS: so many announced printers come and go so many times, through a
+// real Avahi daemon, while the selection window shows them.
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QTimer>
+#include <QtTest/QTest>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/browser_controller.h"
+#include "app/notification_center.h"
+#include "discovery/bonjour_browser.h"
+#include "support/avahi_daemon.h"
+#include "support/footprint.h"
+#include "support/mdns_peer.h"
+
+namespace tintoral {
+namespace {
+
+using namespace test;
+
+std::vector<MdnsService> services(int count) {
+    std::vector<MdnsService> all;
+    for (int i = 0; i < count; ++i) {
+        all.push_back({"P" + std::to_string(i), "_pdl-datastream._tcp", 9100,
+                       {"usb_MFG=EPSON", "usb_MDL=Stylus C84"}});
+    }
+    return all;
+}
+
+class Flood {
+  public:
+    explicit Flood(int count) : services_(services(count)), count_(count) {
+        const NotificationCenter& center = NotificationCenter::defaultCenter();
+        QObject::connect(&center, &NotificationCenter::VTBonjourPrinterFound, &receiver_,
+                         [this] { ++found_; });
+        QObject::connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, &receiver_,
+                         [this] { ++removed_; });
+        QObject::connect(&sending_, &QTimer::timeout, &receiver_, [this] { peer_.sendNext(); });
+        QObject::connect(&beat_, &QTimer::timeout, &receiver_, [this] {
+            longestPause_ = std::max(longestPause_, sinceBeat_.restart());
+        });
+        window_.startBonjourBrowser();
+        window_.showWindow();
+        sinceBeat_.start();
+        beat_.start(0);
+        sending_.start(std::atoi(qEnvironmentVariable("GAP", "20").toLatin1()));
+    }
+
+    // Everybody comes and goes; more than once where packets that were lost are sent again.
+    bool round() {
+        found_ = removed_ = 0;
+        peer_.announce(services_);
+        const bool came = QTest::qWaitFor([this] { return found_ >= count_; }, 120'000);
+        peer_.withdraw(services_);
+        const bool gone = QTest::qWaitFor([this] { return removed_ >= count_; }, 120'000);
+        if (!came || !gone) std::fprintf(stderr, "%d came, %d went\n", found_, removed_);
+        return came && gone;
+    }
+
+    qint64 longestPauseMs() const { return longestPause_; }
+
+  private:
+    PrinterSources sources() {
+        return {.usb = {},
+                .bjnp = {},
+                .startBonjour = [this] { browser_ = std::make_unique<BonjourBrowser>(); },
+                .bonjour = [this] { return browser_ ? browser_->printerTable() : PrinterTable(); },
+                .probeIpp = {}};
+    }
+
+    std::vector<MdnsService> services_;
+    int count_;
+    int found_ = 0;
+    int removed_ = 0;
+    MessageBus bus_;
+    AvahiDaemon daemon_;
+    MdnsPeer peer_{"10.77.0.12"};
+    ModelTable models_;
+    std::unique_ptr<BonjourBrowser> browser_;
+    BrowserController window_{models_, sources(), nullptr};
+    QTimer sending_;
+    QTimer beat_;
+    QElapsedTimer sinceBeat_;
+    qint64 longestPause_ = 0;
+    QObject receiver_;
+};
+
+int run(int count, int rounds) {
+    if (!hasAvahi()) return 77;
+    Flood flood(count);
+    printFootprintTitles();
+    const bool good = repeat("Bonjour, round", rounds > 1 ? 2 : 0, rounds, 65536, [&] { return flood.round(); });
+    std::printf("longest pause of the main loop %lld ms\n",
+                static_cast<long long>(flood.longestPauseMs()));
+    return good ? 0 : 1;
+}
+
+}  // namespace
+}  // namespace tintoral
+
+int main(int argc, char** argv) {
+    if (argc < 3) return 2;
+    qputenv("QT_QPA_PLATFORM", "offscreen");
+    const QApplication application(argc, argv);
+    return tintoral::run(std::atoi(argv[1]), std::atoi(argv[2]));
+}
