@@ -1,5 +1,5 @@
-// bonjour_endurance SERVICES ROUNDS: so many announced printers come and go so many times, through a
-// real Avahi daemon, while the selection window shows them.
+// bonjour_endurance SERVICES ROUNDS: so many announced printers come and go so many times, through
+// a real Avahi daemon, while the selection window shows them.
 #include <QApplication>
 #include <QElapsedTimer>
 #include <QTimer>
@@ -22,7 +22,9 @@ using namespace test;
 std::vector<MdnsService> services(int count) {
     std::vector<MdnsService> all;
     for (int i = 0; i < count; ++i) {
-        all.push_back({"P" + std::to_string(i), "_pdl-datastream._tcp", 9100,
+        all.push_back({"P" + std::to_string(i),
+                       "_pdl-datastream._tcp",
+                       9100,
                        {"usb_MFG=EPSON", "usb_MDL=Stylus C84"}});
     }
     return all;
@@ -37,9 +39,8 @@ class Flood {
         QObject::connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, &receiver_,
                          [this] { ++removed_; });
         QObject::connect(&sending_, &QTimer::timeout, &receiver_, [this] { peer_.sendNext(); });
-        QObject::connect(&beat_, &QTimer::timeout, &receiver_, [this] {
-            longestPause_ = std::max(longestPause_, sinceBeat_.restart());
-        });
+        QObject::connect(&beat_, &QTimer::timeout, &receiver_,
+                         [this] { longestPause_ = std::max(longestPause_, sinceBeat_.restart()); });
         window_.startBonjourBrowser();
         window_.showWindow();
         sinceBeat_.start();
@@ -90,7 +91,8 @@ int run(int count, int rounds) {
     if (!hasAvahi()) return 77;
     Flood flood(count);
     printFootprintTitles();
-    const bool good = repeat("Bonjour, round", rounds > 1 ? 2 : 0, rounds, 65536, [&] { return flood.round(); });
+    const bool good =
+        repeat("Bonjour, round", rounds > 1 ? 2 : 0, rounds, 65536, [&] { return flood.round(); });
     std::printf("longest pause of the main loop %lld ms\n",
                 static_cast<long long>(flood.longestPauseMs()));
     return good ? 0 : 1;
