@@ -6,6 +6,7 @@
 #include <QtTest/QTest>
 #include <cstdio>
 #include <cstdlib>
+#include <fstream>
 
 #include "app/browser_controller.h"
 #include "app/notification_center.h"
@@ -21,8 +22,10 @@ using namespace test;
 
 // What Qt keeps for later, and records of services that are gone (service_table.h).
 constexpr std::size_t kCaches = 65536;
+constexpr std::size_t kFirstTime = 16 << 20;  // one round alone: a flood, which fills them
 constexpr int kWarmUp = 2;
-constexpr qint64 kLongestPauseMs = 1000;  // on a machine that is busy
+constexpr qint64 kLongestPauseMs = 500;  // on a machine that is busy
+constexpr int kBeatMs = 5;
 
 std::vector<MdnsService> services(int count) {
     std::vector<MdnsService> all;
@@ -49,7 +52,7 @@ class Flood {
         window_.startBonjourBrowser();
         window_.showWindow();
         sinceBeat_.start();
-        beat_.start(0);
+        beat_.start(kBeatMs);
         sending_.start(5);
     }
 
@@ -75,6 +78,21 @@ class Flood {
         if (sent_++ % (peer_.packetCount() + kRest) < peer_.packetCount()) peer_.sendNext();
     }
 
+    // The time that this thread was ready to run and others ran is the machine's.
+    void beat() {
+        const qint64 waited = waitedForTheProcessorMs();
+        const qint64 pause = sinceBeat_.restart() - kBeatMs - (waited - waitedBefore_);
+        waitedBefore_ = waited;
+        longestPause_ = std::max(longestPause_, pause);
+    }
+
+    static qint64 waitedForTheProcessorMs() {
+        qint64 ran = 0;
+        qint64 waited = 0;  // nanoseconds
+        std::ifstream("/proc/thread-self/schedstat") >> ran >> waited;
+        return waited / 1'000'000;
+    }
+
     PrinterSources sources() {
         return {.usb = {},
                 .bjnp = {},
@@ -98,6 +116,7 @@ class Flood {
     QTimer beat_;
     QElapsedTimer sinceBeat_;
     qint64 longestPause_ = 0;
+    qint64 waitedBefore_ = waitedForTheProcessorMs();
     QObject receiver_;
 };
 
@@ -105,11 +124,11 @@ int run(int count, int rounds) {
     if (!hasAvahi()) return 77;
     Flood flood(count);
     printFootprintTitles();
-    const bool good =
-        repeat("Bonjour, round", rounds > 1 ? 2 : 0, rounds, 65536, [&] { return flood.round(); });
-    std::printf("longest pause of the main loop %lld ms\n",
+    const bool good = repeat("announced printers", rounds > 1 ? kWarmUp : 0, rounds,
+                             rounds > 1 ? kCaches : kFirstTime, [&] { return flood.round(); });
+    std::printf("%-28s longest pause of the main loop %lld ms\n", "",
                 static_cast<long long>(flood.longestPauseMs()));
-    return good ? 0 : 1;
+    return good && flood.longestPauseMs() < kLongestPauseMs ? 0 : 1;
 }
 
 }  // namespace

@@ -57,7 +57,7 @@ bool hasGrown(const char* what, const char* measure, std::size_t before, std::si
 
 // On a busy machine an answer may come too late.
 bool doTurns(const char* what, int turns, const std::function<bool()>& turn) {
-    const int allowed = 1 + turns / 20;
+    const int allowed = 1 + turns / 10;
     int failed = 0;
     for (int number = 1; number <= turns && failed <= allowed; ++number) {
         if (!turn()) ++failed;

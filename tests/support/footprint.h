@@ -18,7 +18,7 @@ Footprint footprint();
 void printFootprintTitles();
 
 // Does `turn` `warmUp` times and then `turns` times, and prints a row of the footprints before and
-// after the latter. False, with a line that says why, when more than one turn in twenty (and
+// after the latter. False, with a line that says why, when more than one turn in ten (and
 // more than one) returned false or something grew: a descriptor, 8 bytes of heap for each turn
 // (anything that a turn forgets takes more) but not less than `slackBytes`, or 4 MiB of memory.
 bool repeat(const char* what, int warmUp, int turns, std::size_t slackBytes,
