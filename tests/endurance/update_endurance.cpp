@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <thread>
@@ -84,10 +85,14 @@ struct RawEpson final : Peer {
                  {[this] { connected(); }, [this](Bytes b) { return printer.onReceive(b); }}};
 };
 
+// A connection begins anew, whatever was left of a packet by the one before.
 template <typename Printer, const auto& address>
 struct RawPortPeer final : Peer {
-    Printer printer;
-    TcpPeer peer{address, kRawPort, {[] {}, [this](Bytes b) { return printer.onReceive(b); }}};
+    std::optional<Printer> printer;
+    TcpPeer peer{
+        address,
+        kRawPort,
+        {[this] { printer.emplace(); }, [this](Bytes b) { return printer->onReceive(b); }}};
 };
 
 struct BaseStationPeer final : Peer {
