@@ -1,6 +1,7 @@
 #include "app/browser_controller.h"
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QShortcut>
 #include <algorithm>
 
@@ -21,6 +22,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds kPaintTime{50};
 // Announcements come in bursts; the table is loaded once for all that come within this time.
 constexpr milliseconds kBurst{30};
+// With thousands of printers a loading takes time too: no more than a fifth of all.
+constexpr int kShare = 4;
 
 PrinterTable listOf(const std::function<PrinterTable()>& source) {
     return source ? source() : PrinterTable();
@@ -237,15 +240,18 @@ void BrowserController::handlePrinterRemoved(const PrinterRecordPtr& printer) {
 }
 
 void BrowserController::updateSoon() {
-    if (!nextUpdate_.isActive()) nextUpdate_.start(kBurst);
+    if (!nextUpdate_.isActive()) nextUpdate_.start(std::max(kBurst, kShare * updateTook_));
 }
 
 void BrowserController::updateUI() {
+    QElapsedTimer timer;
+    timer.start();
     const PrinterRecordPtr selected = selectedPrinter();
     model_.setRecords(printerTable_);
     if (selected) selectRowOf(selected);
     updateSelectButton();
     updateWords();
+    updateTook_ = milliseconds(timer.elapsed());
 }
 
 void BrowserController::updateSelectButton() {

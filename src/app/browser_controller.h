@@ -94,6 +94,7 @@ class BrowserController : public QDialog {
     std::chrono::sys_time<std::chrono::milliseconds> probingEnd_;
     QTimer nextStep_;
     QTimer nextUpdate_;
+    std::chrono::milliseconds updateTook_{};  // the last one
 
     std::unique_ptr<Ui::PrinterBrowser> ui_;
 };

@@ -10,7 +10,7 @@
 #include <memory>
 
 // The two types are for the main loop to define, in the library's own namespace. An object may be
-// freed by its own callback: it falls silent at once and is deleted from the main loop.
+// freed by its own callback: it falls silent at once and is deleted from the loop.
 struct AvahiWatch : QObject {
     AvahiWatch(QObject* owner, int descriptor, AvahiWatchCallback function, void* userData)
         : QObject(owner),
@@ -116,8 +116,8 @@ void freeTimeout(AvahiTimeout* timeout) {
 
 }  // namespace
 
-QtAvahiPoll::QtAvahiPoll()
-    : api_{this,      newWatch,   updateWatch,   watchEvents,
-           freeWatch, newTimeout, updateTimeout, freeTimeout} {}
+QtAvahiPoll::QtAvahiPoll(QObject* parent)
+    : QObject(parent), api_{this,      newWatch,   updateWatch,   watchEvents,
+                            freeWatch, newTimeout, updateTimeout, freeTimeout} {}
 
 }  // namespace tintoral

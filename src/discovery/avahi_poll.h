@@ -1,5 +1,5 @@
-// The main loop as libavahi-client wants it: its watches and time-outs over Qt's notifiers and
-// timers.
+// The loop of a thread as libavahi-client wants it: its watches and time-outs over Qt's notifiers
+// and timers.
 #pragma once
 
 #include <avahi-common/watch.h>
@@ -10,7 +10,7 @@ namespace tintoral {
 
 class QtAvahiPoll : public QObject {
   public:
-    QtAvahiPoll();
+    explicit QtAvahiPoll(QObject* parent);
 
     // Good for as long as this object lives, which owns all watches and time-outs made through it.
     const AvahiPoll* api() const { return &api_; }

@@ -19,7 +19,7 @@ std::string textOf(const char* text) {
     return text ? text : "";
 }
 
-// Runs `function` from the main loop; not at all when `object` is gone by then.
+// Runs `function` from the thread's loop; not at all when `object` is gone by then.
 template <typename Function>
 void later(QObject* object, Function function) {
     QMetaObject::invokeMethod(object, std::move(function), Qt::QueuedConnection);
@@ -43,7 +43,8 @@ TxtRecord txtRecordOf(AvahiStringList* strings) {
 
 }  // namespace
 
-// What the library calls. It may call from within a function that is called here.
+// What the library calls. It may call from within a function that is called here, and its objects
+// are not freed from inside.
 struct AvahiSession::Callbacks {
     static AvahiSession* session(void* data) { return static_cast<AvahiSession*>(data); }
 
@@ -62,13 +63,32 @@ struct AvahiSession::Callbacks {
     static void service(AvahiServiceBrowser*, AvahiIfIndex interface, AvahiProtocol protocol,
                         AvahiBrowserEvent event, const char* name, const char* type,
                         const char* domain, AvahiLookupResultFlags, void* data) {
-        later(session(data), [self = session(data), event,
-                              announcement = Announcement{interface, protocol, textOf(name),
-                                                          textOf(type), textOf(domain)}] {
-            if (event == AVAHI_BROWSER_NEW) Q_EMIT self->serviceFound(announcement);
-            if (event == AVAHI_BROWSER_REMOVE) Q_EMIT self->serviceRemoved(announcement);
-            if (event == AVAHI_BROWSER_ALL_FOR_NOW) Q_EMIT self->allForNow(announcement.type);
-        });
+        AvahiSession* self = session(data);
+        const Announcement announcement{interface, protocol, textOf(name), textOf(type),
+                                        textOf(domain)};
+        if (event == AVAHI_BROWSER_NEW) Q_EMIT self->serviceFound(announcement);
+        if (event == AVAHI_BROWSER_REMOVE) Q_EMIT self->serviceRemoved(announcement);
+        if (event == AVAHI_BROWSER_ALL_FOR_NOW) Q_EMIT self->allForNow(announcement.type);
+    }
+};
+
+struct AvahiSession::Resolver {
+    AvahiSession* session;
+    Ticket ticket;
+    ServiceId id;
+    AvahiServiceResolverPtr handle;
+
+    static void report(AvahiServiceResolver*, AvahiIfIndex, AvahiProtocol, AvahiResolverEvent event,
+                       const char*, const char*, const char*, const char* host,
+                       const AvahiAddress* address, std::uint16_t port, AvahiStringList* txt,
+                       AvahiLookupResultFlags, void* data) {
+        const auto& self = *static_cast<Resolver*>(data);
+        if (event == AVAHI_RESOLVER_FAILURE) {
+            Q_EMIT self.session->failed(self.ticket, self.id);
+        } else {
+            Q_EMIT self.session->resolved(
+                self.ticket, {self.id, dotted(address), port, textOf(host), txtRecordOf(txt)});
+        }
     }
 };
 
@@ -95,8 +115,8 @@ void AvahiSession::connectToDaemon() {
 void AvahiSession::handleState(const AvahiClient* client, AvahiClientState state) {
     if (client != client_.get() || state == AVAHI_CLIENT_CONNECTING) return;
     if (state == AVAHI_CLIENT_FAILURE) {
-        Q_EMIT lost();
         disconnectFromDaemon();
+        Q_EMIT lost();
         retry_.start(kRetry);
     } else if (!std::exchange(searchedDomain_, true)) {
         searchDomain();
@@ -104,6 +124,7 @@ void AvahiSession::handleState(const AvahiClient* client, AvahiClientState state
 }
 
 void AvahiSession::disconnectFromDaemon() {
+    resolvers_.clear();
     serviceBrowsers_ = {};
     domainBrowser_.reset();
     client_.reset();
@@ -138,40 +159,26 @@ void AvahiSession::browse(const std::string& domain) {
     }
 }
 
-struct ServiceResolver::Callbacks {
-    static void resolver(AvahiServiceResolver*, AvahiIfIndex, AvahiProtocol,
-                         AvahiResolverEvent event, const char*, const char*, const char*,
-                         const char* host, const AvahiAddress* address, std::uint16_t port,
-                         AvahiStringList* txt, AvahiLookupResultFlags, void* data) {
-        auto* self = static_cast<ServiceResolver*>(data);
-        if (event == AVAHI_RESOLVER_FAILURE) {
-            later(self, [self] {
-                if (self->isRunning()) Q_EMIT self->failed(self->id_);
-            });
-            return;
-        }
-        const ResolvedService service{self->id_, dotted(address), port, textOf(host),
-                                      txtRecordOf(txt)};
-        later(self, [self, service] {
-            if (self->isRunning()) Q_EMIT self->resolved(service);
-        });
+void AvahiSession::resolve(Ticket ticket, const ServiceId& id, const Announcement& announcement,
+                           Address wanted) {
+    auto resolver = std::make_unique<Resolver>(Resolver{this, ticket, id, nullptr});
+    if (client_) {
+        resolver->handle.reset(avahi_service_resolver_new(
+            client_.get(), announcement.interface, announcement.protocol, announcement.name.c_str(),
+            announcement.type.c_str(), announcement.domain.c_str(), AVAHI_PROTO_INET,
+            wanted == Address::None ? AVAHI_LOOKUP_NO_ADDRESS : AvahiLookupFlags{},
+            Resolver::report, resolver.get()));
     }
-};
-
-ServiceResolver::ServiceResolver(AvahiSession& session, ServiceId id, Announcement announcement,
-                                 Address wanted)
-    : QObject(&session), id_(std::move(id)), announcement_(std::move(announcement)) {
-    if (!session.client_) return;
-    resolver_.reset(avahi_service_resolver_new(
-        session.client_.get(), announcement_.interface, announcement_.protocol,
-        announcement_.name.c_str(), announcement_.type.c_str(), announcement_.domain.c_str(),
-        AVAHI_PROTO_INET, wanted == Address::None ? AVAHI_LOOKUP_NO_ADDRESS : AvahiLookupFlags{},
-        Callbacks::resolver, this));
+    if (resolver->handle) {
+        resolvers_.emplace(ticket, std::move(resolver));
+    } else {
+        Q_EMIT failed(ticket, id);
+    }
+    Q_EMIT resolverStarted();
 }
 
-void ServiceResolver::release(ServiceResolver* resolver) {
-    resolver->resolver_.reset();
-    resolver->deleteLater();
+void AvahiSession::release(Ticket ticket) {
+    resolvers_.erase(ticket);
 }
 
 }  // namespace tintoral

@@ -2,8 +2,11 @@
 // program of the computer, over the system's message bus.
 //
 // No daemon or no bus is no error: nothing is found, and when one comes up later (again) it is
-// used. Every signal comes from the main loop, never from inside a callback of the library, so
-// whoever receives it may do anything, also wait in a loop of its own.
+// used.
+//
+// Each call of the library waits for the daemon, which under a flood of announcements answers after
+// seconds. So the session lives in a thread of its own: its functions are invoked in that thread,
+// and its signals are queued for the main loop. Nothing is shared between the two.
 #pragma once
 
 #include <avahi-client/client.h>
@@ -13,6 +16,8 @@
 #include <QTimer>
 #include <array>
 #include <compare>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 
@@ -55,6 +60,10 @@ class AvahiSession : public QObject {
     Q_OBJECT
 
   public:
+    // Names one resolver for whoever asked for it. Never used again.
+    using Ticket = std::uint64_t;
+    enum class Address { IPv4, None };
+
     AvahiSession();
     ~AvahiSession() override;
 
@@ -64,6 +73,13 @@ class AvahiSession : public QObject {
     // Browses the four service types of printers in `domain`, instead of what was browsed before.
     void browse(const std::string& domain);
 
+    // Resolves one service, and reports again whenever its address, port, host or TXT record
+    // changes, until release() or lost(). With `Address::None` it is resolved without asking for
+    // its address, so also when it has no IPv4 address.
+    void resolve(Ticket ticket, const ServiceId& id, const Announcement& announcement,
+                 Address wanted);
+    void release(Ticket ticket);
+
   Q_SIGNALS:
     // The first domain that the daemon reports; its own one when it reports none.
     void domainFound(const std::string& domain);
@@ -71,12 +87,18 @@ class AvahiSession : public QObject {
     void serviceRemoved(const tintoral::Announcement& announcement);
     // All that is known by now of a type (without trailing dot) has been reported.
     void allForNow(const std::string& type);
-    // The daemon went. Resolvers must be released when the receiver returns.
+    // The daemon went, and with it everything that is resolved.
     void lost();
 
+    // The last resolve() is done with the daemon, whatever came of it.
+    void resolverStarted();
+    // May still come after release().
+    void resolved(tintoral::AvahiSession::Ticket ticket, const tintoral::ResolvedService& service);
+    void failed(tintoral::AvahiSession::Ticket ticket, const tintoral::ServiceId& id);
+
   private:
-    friend class ServiceResolver;
     struct Callbacks;
+    struct Resolver;
 
     void connectToDaemon();
     void handleState(const AvahiClient* client, AvahiClientState state);
@@ -85,49 +107,13 @@ class AvahiSession : public QObject {
     void useDomain(const std::string& domain);
     std::string ownDomain() const;
 
-    QtAvahiPoll poll_;
-    QTimer retry_;
+    QtAvahiPoll poll_{this};
+    QTimer retry_{this};
     AvahiClientPtr client_;
     bool searchedDomain_ = false;
     AvahiDomainBrowserPtr domainBrowser_;
     std::array<AvahiServiceBrowserPtr, 4> serviceBrowsers_;
+    std::map<Ticket, std::unique_ptr<Resolver>> resolvers_;
 };
-
-// Resolves one service, and reports again whenever its address, port, host or TXT record changes.
-// Its user gives it up with release().
-class ServiceResolver : public QObject {
-    Q_OBJECT
-
-  public:
-    enum class Address { IPv4, None };
-
-    // With `Address::None` a service is resolved without asking for its address, so also when it
-    // has no IPv4 address.
-    ServiceResolver(AvahiSession& session, ServiceId id, Announcement announcement, Address wanted);
-
-    const Announcement& announcement() const { return announcement_; }
-
-    // False when the daemon did not take it, and after release().
-    bool isRunning() const { return resolver_ != nullptr; }
-
-    // Stops at once; the object deletes itself from the main loop.
-    static void release(ServiceResolver* resolver);
-
-  Q_SIGNALS:
-    void resolved(const tintoral::ResolvedService& service);
-    void failed(const tintoral::ServiceId& id);
-
-  private:
-    struct Callbacks;
-
-    ServiceId id_;
-    Announcement announcement_;
-    AvahiServiceResolverPtr resolver_;
-};
-
-struct ReleaseResolver {
-    void operator()(ServiceResolver* resolver) const { ServiceResolver::release(resolver); }
-};
-using ServiceResolverPtr = std::unique_ptr<ServiceResolver, ReleaseResolver>;
 
 }  // namespace tintoral

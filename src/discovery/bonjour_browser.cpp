@@ -19,22 +19,40 @@ ResolverQueue::Time now() {
 
 }  // namespace
 
-BonjourBrowser::BonjourBrowser() {
+BonjourBrowser::BonjourBrowser() : session_(std::make_unique<AvahiSession>().release()) {
     turns_.setSingleShot(true);
     connect(&turns_, &QTimer::timeout, this, &BonjourBrowser::takeTurns);
-    connect(&session_, &AvahiSession::domainFound, this,
+    connectSession();
+    session_->moveToThread(&thread_);
+    connect(&thread_, &QThread::started, session_, &AvahiSession::start);
+    connect(&thread_, &QThread::finished, session_, &QObject::deleteLater);
+    thread_.start();
+}
+
+BonjourBrowser::~BonjourBrowser() {
+    thread_.quit();
+    thread_.wait();
+}
+
+void BonjourBrowser::connectSession() {
+    connect(session_, &AvahiSession::domainFound, this,
             &BonjourBrowser::startBonjourServiceBrowser);
-    connect(&session_, &AvahiSession::serviceFound, this, &BonjourBrowser::handleFound);
-    connect(&session_, &AvahiSession::serviceRemoved, this, &BonjourBrowser::handleRemoved);
-    connect(&session_, &AvahiSession::allForNow, this, &BonjourBrowser::handleAllForNow);
-    connect(&session_, &AvahiSession::lost, this, &BonjourBrowser::forgetAnnouncements);
-    session_.start();
+    connect(session_, &AvahiSession::serviceFound, this, &BonjourBrowser::handleFound);
+    connect(session_, &AvahiSession::serviceRemoved, this, &BonjourBrowser::handleRemoved);
+    connect(session_, &AvahiSession::allForNow, this, &BonjourBrowser::handleAllForNow);
+    connect(session_, &AvahiSession::lost, this, &BonjourBrowser::forgetAnnouncements);
+    connect(session_, &AvahiSession::resolved, this, &BonjourBrowser::handleResolved);
+    connect(session_, &AvahiSession::failed, this, &BonjourBrowser::handleFailed);
+    connect(session_, &AvahiSession::resolverStarted, this, [this] {
+        isStarting_ = false;
+        wakeQueue();
+    });
 }
 
 void BonjourBrowser::startBonjourServiceBrowser(const std::string& domain) {
     if (domain.empty()) return;
     forgetAnnouncements();
-    session_.browse(domain);
+    QMetaObject::invokeMethod(session_, [session = session_, domain] { session->browse(domain); });
 }
 
 void BonjourBrowser::handleFound(const Announcement& announcement) {
@@ -47,7 +65,7 @@ void BonjourBrowser::handleFound(const Announcement& announcement) {
     const bool mayHaveAddressNow = announcement.protocol == AVAHI_PROTO_INET && service.known &&
                                    service.known->address.empty();
     if (!isNew && !mayHaveAddressNow) return;
-    service.wanted = ServiceResolver::Address::IPv4;
+    service.wanted = AvahiSession::Address::IPv4;
     service.known.reset();
     resolveAgain(id, service);
 }
@@ -59,7 +77,7 @@ void BonjourBrowser::handleRemoved(const Announcement& announcement) {
     Service& service = entry->second;
     if (service.announcements.empty()) {
         withdraw(id);
-    } else if (service.resolver && service.resolver->announcement() == announcement) {
+    } else if (service.resolver && service.resolver->announcement == announcement) {
         resolveAgain(id, service);
     }
 }
@@ -67,6 +85,7 @@ void BonjourBrowser::handleRemoved(const Announcement& announcement) {
 // The service is forgotten before anybody is told: who is told may run the main loop meanwhile, and
 // the service may be back after that.
 void BonjourBrowser::withdraw(const ServiceId& id) {
+    release(services_[id]);
     services_.erase(id);
     queue_.remove(id);
     const PrinterRecordPtr record = table_.find(id);
@@ -78,7 +97,7 @@ void BonjourBrowser::withdraw(const ServiceId& id) {
 void BonjourBrowser::forgetAnnouncements() {
     queue_.clear();
     for (auto& [id, service] : services_) {
-        service.resolver.reset();
+        release(service);
         service.announcements.clear();
     }
 }
@@ -91,16 +110,25 @@ void BonjourBrowser::handleAllForNow(const std::string& type) {
     for (const ServiceId& id : gone) withdraw(id);
 }
 
-void BonjourBrowser::handleResolved(const ResolvedService& resolved) {
-    const auto entry = services_.find(resolved.id);
-    if (entry == services_.end()) return;
+// Null for what the session reported before it heard that nobody wants to know.
+BonjourBrowser::Service* BonjourBrowser::resolvedBy(AvahiSession::Ticket ticket,
+                                                    const ServiceId& id) {
+    const auto entry = services_.find(id);
+    const bool isWanted = entry != services_.end() && entry->second.resolver &&
+                          entry->second.resolver->ticket == ticket;
+    return isWanted ? &entry->second : nullptr;
+}
+
+void BonjourBrowser::handleResolved(AvahiSession::Ticket ticket, const ResolvedService& resolved) {
+    Service* service = resolvedBy(ticket, resolved.id);
+    if (!service) return;
     queue_.resolved(resolved.id);
     const Whereabouts whereabouts{resolved.address, resolved.port, resolved.hostName};
-    if (entry->second.known == whereabouts) {
+    if (service->known == whereabouts) {
         table_.txtUpdated(resolved.id, resolved.txt);
         return;
     }
-    entry->second.known = whereabouts;
+    service->known = whereabouts;
     if (const PrinterRecordPtr record = table_.resolved(resolved))
         Q_EMIT NotificationCenter::defaultCenter().VTBonjourPrinterFound(record);
 }
@@ -108,19 +136,18 @@ void BonjourBrowser::handleResolved(const ResolvedService& resolved) {
 // The daemon gives up after a few seconds when a service has no IPv4 address, or does not answer at
 // all; so the two ways to ask take turns. A service that was resolved keeps its resolver, which
 // recovers by itself.
-void BonjourBrowser::handleFailed(const ServiceId& id) {
-    using enum ServiceResolver::Address;
-    const auto entry = services_.find(id);
-    if (entry == services_.end() || entry->second.known) return;
-    Service& service = entry->second;
-    service.wanted = service.wanted == IPv4 ? None : IPv4;
-    service.resolver.reset();
+void BonjourBrowser::handleFailed(AvahiSession::Ticket ticket, const ServiceId& id) {
+    using enum AvahiSession::Address;
+    Service* service = resolvedBy(ticket, id);
+    if (!service || service->known) return;
+    service->wanted = service->wanted == IPv4 ? None : IPv4;
+    release(*service);
     queue_.failed(id, now());
     wakeQueue();
 }
 
 void BonjourBrowser::resolveAgain(const ServiceId& id, Service& service) {
-    service.resolver.reset();
+    release(service);
     queue_.add(id, now());
     wakeQueue();
 }
@@ -129,42 +156,41 @@ void BonjourBrowser::startResolver(const ServiceId& id) {
     const auto entry = services_.find(id);
     if (entry == services_.end() || entry->second.announcements.empty()) return;
     Service& service = entry->second;
-    service.resolver.reset(std::make_unique<ServiceResolver>(
-                               session_, id, *service.announcements.begin(), service.wanted)
-                               .release());
-    connect(service.resolver.get(), &ServiceResolver::resolved, this,
-            &BonjourBrowser::handleResolved);
-    connect(service.resolver.get(), &ServiceResolver::failed, this, &BonjourBrowser::handleFailed);
-    if (!service.resolver->isRunning()) handleFailed(id);
+    release(service);
+    service.resolver = {++lastTicket_, *service.announcements.begin()};
+    isStarting_ = true;
+    QMetaObject::invokeMethod(
+        session_, [session = session_, id, resolver = *service.resolver, wanted = service.wanted] {
+            session->resolve(resolver.ticket, id, resolver.announcement, wanted);
+        });
 }
 
-void BonjourBrowser::stopResolver(const ServiceId& id) {
-    const auto entry = services_.find(id);
-    if (entry != services_.end()) entry->second.resolver.reset();
+void BonjourBrowser::release(Service& service) {
+    if (!service.resolver) return;
+    QMetaObject::invokeMethod(session_, [session = session_, ticket = service.resolver->ticket] {
+        session->release(ticket);
+    });
+    service.resolver.reset();
 }
 
 void BonjourBrowser::wakeQueue() {
-    const auto pause = std::chrono::ceil<std::chrono::milliseconds>(pauseEnd_ - now());
-    turns_.start(std::max(pause, std::chrono::milliseconds{0}));
+    if (!isStarting_) turns_.start(0);
 }
 
-// A step at a time, each an exchange with the daemon that the main loop waits for. With the pause
-// behind it no more than a fifth of the window's time goes there, however busy the daemon is.
+// A step at a time: the next resolver is asked for when the daemon has answered for the last one,
+// so that it gets no more to do than it does.
 void BonjourBrowser::takeTurns() {
     constexpr std::chrono::milliseconds kUntilTimeMakesOneDue{500};
-    constexpr int kShare = 4;
-    const ResolverQueue::Time start = now();
-    const auto step = queue_.next(start);
+    const auto step = queue_.next(now());
     if (!step) {
         if (queue_.isBusy()) turns_.start(kUntilTimeMakesOneDue);
         return;
     }
     if (step->action == ResolverQueue::Step::Action::Start) {
         startResolver(step->id);
-    } else {
-        stopResolver(step->id);
+    } else if (const auto entry = services_.find(step->id); entry != services_.end()) {
+        release(entry->second);
     }
-    pauseEnd_ = now() + kShare * (now() - start);
     wakeQueue();
 }
 

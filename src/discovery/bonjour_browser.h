@@ -7,6 +7,7 @@
 #pragma once
 
 #include <QObject>
+#include <QThread>
 #include <QTimer>
 #include <map>
 #include <optional>
@@ -25,6 +26,7 @@ class BonjourBrowser : public QObject {
   public:
     // Starts to look for a domain.
     BonjourBrowser();
+    ~BonjourBrowser() override;
 
     // (Re)starts browsing, in that domain; ignored when it is empty.
     void startBonjourServiceBrowser(const std::string& domain);
@@ -49,33 +51,41 @@ class BonjourBrowser : public QObject {
 
         friend bool operator==(const Whereabouts&, const Whereabouts&) = default;
     };
+    struct Resolver {
+        AvahiSession::Ticket ticket;
+        Announcement announcement;
+    };
     struct Service {
         std::set<Announcement> announcements;
-        ServiceResolver::Address wanted = ServiceResolver::Address::IPv4;
-        ServiceResolverPtr resolver;
+        AvahiSession::Address wanted = AvahiSession::Address::IPv4;
+        std::optional<Resolver> resolver;
         std::optional<Whereabouts> known;
     };
 
+    void connectSession();
     void handleFound(const Announcement& announcement);
     void handleRemoved(const Announcement& announcement);
-    void handleResolved(const ResolvedService& resolved);
-    void handleFailed(const ServiceId& id);
+    void handleResolved(AvahiSession::Ticket ticket, const ResolvedService& resolved);
+    void handleFailed(AvahiSession::Ticket ticket, const ServiceId& id);
     void handleAllForNow(const std::string& type);
     void forgetAnnouncements();
     void withdraw(const ServiceId& id);
 
     void resolveAgain(const ServiceId& id, Service& service);
     void startResolver(const ServiceId& id);
-    void stopResolver(const ServiceId& id);
+    void release(Service& service);
+    Service* resolvedBy(AvahiSession::Ticket ticket, const ServiceId& id);
     void wakeQueue();
     void takeTurns();
 
     ServiceTable table_;
-    AvahiSession session_;
+    QThread thread_;         // the session's
+    AvahiSession* session_;  // the thread's, gone when that has finished
     std::map<ServiceId, Service> services_;
     ResolverQueue queue_;
     QTimer turns_;
-    ResolverQueue::Time pauseEnd_{};
+    AvahiSession::Ticket lastTicket_ = 0;
+    bool isStarting_ = false;  // a resolver; one at a time
 };
 
 }  // namespace tintoral

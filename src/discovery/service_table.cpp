@@ -66,9 +66,9 @@ std::optional<PrinterRecord> ServiceTable::getPrinterDictByMakerAndModelName(
 }
 
 bool ServiceTable::lookForAirPort(std::string_view address) const {
-    return std::ranges::any_of(records_, [&](const PrinterRecordPtr& record) {
-        return record->text(keys::serviceType) == service_types::riousbprint &&
-               record->text(keys::ipAdrs) == address;
+    return std::ranges::any_of(byId_, [&](const auto& entry) {
+        return entry.first.type == service_types::riousbprint &&
+               entry.second->text(keys::ipAdrs) == address;
     });
 }
 

@@ -219,6 +219,21 @@ TEST_F(Bonjour, AFloodThatComesAndGoesLeavesTheMainLoopFree) {
     EXPECT_LT(heartbeat.longestPauseMs(), 1000);
 }
 
+TEST_F(Bonjour, ADaemonThatDoesNotAnswerLeavesTheMainLoopFree) {
+    startDaemon();
+    browser_.emplace();
+    publisher_->publish("Q", {{.name = "Q", .type = "_ipp._tcp"}});
+    ASSERT_TRUE(becomes("Q", keys::kind, "ipp:10.77.0.11"));
+    const Heartbeat heartbeat;
+    daemon_->freeze();
+    browser_->startBonjourServiceBrowser("local");
+    QTest::qWait(2000);
+    EXPECT_LT(heartbeat.longestPauseMs(), 1000);
+    daemon_->thaw();
+    events_.clear();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return events_.size() == 1; }, 15000)) << "asked again";
+}
+
 TEST_F(Bonjour, ServicesThatNeverAnswerKeepNoOthersWaiting) {
     constexpr std::size_t kCount = 3 * ResolverQueue::kMostResolvers;
     startDaemon();

@@ -47,6 +47,14 @@ AvahiChild::~AvahiChild() {
     std::filesystem::remove(socket_);
 }
 
+void AvahiChild::freeze() const {
+    ::kill(pid_, SIGSTOP);
+}
+
+void AvahiChild::thaw() const {
+    ::kill(pid_, SIGCONT);
+}
+
 MessageBus::MessageBus() : AvahiChild("bus", kBusSocket) {}
 
 AvahiDaemon::AvahiDaemon() : AvahiChild("daemon", "/run/avahi-daemon/socket") {}

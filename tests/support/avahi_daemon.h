@@ -23,6 +23,10 @@ class AvahiChild {
     AvahiChild(const AvahiChild&) = delete;
     AvahiChild& operator=(const AvahiChild&) = delete;
 
+    // A frozen one takes connections and calls, and answers none.
+    void freeze() const;
+    void thaw() const;
+
   private:
     TemporaryFolder folder_;
     std::filesystem::path socket_;
@@ -34,7 +38,7 @@ class MessageBus : AvahiChild {
     MessageBus();
 };
 
-class AvahiDaemon : AvahiChild {
+class AvahiDaemon : public AvahiChild {
   public:
     AvahiDaemon();
 };

@@ -34,6 +34,7 @@ class MdnsPeer {
     // Sends the next packet of those that it takes, the first one again after the last one: packets
     // are lost when the host is busy.
     void sendNext();
+    std::size_t packetCount() const { return packets_.size(); }
 
   private:
     void setServices(const std::vector<MdnsService>& services, std::uint32_t timeToLive);

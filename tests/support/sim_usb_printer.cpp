@@ -154,6 +154,8 @@ struct SimUsbPrinter::Impl : std::enable_shared_from_this<Impl> {
     Urbs flying;  // not finished by the device
     Urbs done;    // to be taken back by libusb
     bool pumping = false;
+    int opens = 0;
+    int closes = 0;
 
   private:
     using Handler = long (Impl::*)(UMockdevIoctlClient*);
@@ -409,12 +411,17 @@ void Impl::onClientGone(gpointer data, GObject* client) {
     const std::unique_ptr<Watch> watch(static_cast<Watch*>(data));
     if (const auto self = watch->self.lock()) {
         const std::lock_guard lock(self->mutex);
+        ++self->closes;
         self->forget(reinterpret_cast<UMockdevIoctlClient*>(client));
     }
 }
 
-void Impl::onClient(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer self) {
-    auto watch = std::make_unique<Watch>(Watch{*static_cast<std::weak_ptr<Impl>*>(self)});
+void Impl::onClient(UMockdevIoctlBase*, UMockdevIoctlClient* client, gpointer data) {
+    auto watch = std::make_unique<Watch>(Watch{*static_cast<std::weak_ptr<Impl>*>(data)});
+    if (const auto self = watch->self.lock()) {
+        const std::lock_guard lock(self->mutex);
+        ++self->opens;
+    }
     g_object_weak_ref(G_OBJECT(client), onClientGone, watch.release());
 }
 
@@ -508,6 +515,16 @@ std::vector<std::string> SimUsbPrinter::controls() const {
 int SimUsbPrinter::transfersInFlight() const {
     const std::lock_guard lock(impl_->mutex);
     return static_cast<int>(impl_->flying.size());
+}
+
+int SimUsbPrinter::opens() const {
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->opens;
+}
+
+int SimUsbPrinter::closes() const {
+    const std::lock_guard lock(impl_->mutex);
+    return impl_->closes;
 }
 
 struct SimUsbBus::Testbed {

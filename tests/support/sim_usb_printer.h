@@ -41,6 +41,8 @@ class SimUsbPrinter {
     ByteVector heard() const;                   // bulk writes
     std::vector<std::string> controls() const;  // setup packets in hex
     int transfersInFlight() const;
+    int opens() const;   // of its node
+    int closes() const;  // which come late
 
   private:
     std::shared_ptr<Impl> impl_;

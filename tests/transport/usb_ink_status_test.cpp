@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <filesystem>
-
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
 #include "support/sim_usb_printer.h"
@@ -170,21 +168,6 @@ TEST_F(UsbInkStatusTest, UnreachableAndUnknownPrinters) {
     record_.set(keys::makerName, "Acme");
     EXPECT_EQ(ask(), 0);
     EXPECT_EQ(status_.view(), "This printer is not suppoted yet.");
-}
-
-std::size_t openDescriptors() {
-    const std::filesystem::directory_iterator entries("/proc/self/fd");
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-TEST_F(UsbInkStatusTest, ManyUpdatesLeaveNothingOpen) {
-    SimUsbPrinter& usb = attach("HP", "PSC 1350", "VSTATUS:IDLE,K0,KP030,C0,CP045;");
-    ASSERT_EQ(ask(), 2);
-    const std::size_t before = openDescriptors();
-    for (int update = 0; update < 1000; ++update) ASSERT_EQ(ask(), 2);
-    EXPECT_LE(openDescriptors(), before + 2);  // the simulator closes its own late
-    EXPECT_EQ(usb.owner(), "usblp");
-    EXPECT_EQ(usb.transfersInFlight(), 0);
 }
 
 }  // namespace
