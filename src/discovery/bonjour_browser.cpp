@@ -19,19 +19,22 @@ ResolverQueue::Time now() {
 
 }  // namespace
 
-BonjourBrowser::BonjourBrowser() : session_(std::make_unique<AvahiSession>().release()) {
+BonjourBrowser::BonjourBrowser()
+    : thread_(std::make_unique<QThread>()), session_(std::make_unique<AvahiSession>().release()) {
     turns_.setSingleShot(true);
     connect(&turns_, &QTimer::timeout, this, &BonjourBrowser::takeTurns);
     connectSession();
-    session_->moveToThread(&thread_);
-    connect(&thread_, &QThread::started, session_, &AvahiSession::start);
-    connect(&thread_, &QThread::finished, session_, &QObject::deleteLater);
-    thread_.start();
+    session_->moveToThread(thread_.get());
+    connect(thread_.get(), &QThread::started, session_, &AvahiSession::start);
+    connect(thread_.get(), &QThread::finished, session_, &QObject::deleteLater);
+    thread_->start();
 }
 
+// A thread that waits for a daemon which does not answer is left to end with the program.
 BonjourBrowser::~BonjourBrowser() {
-    thread_.quit();
-    thread_.wait();
+    constexpr unsigned long kPatience = 2000;  // ms
+    thread_->quit();
+    if (!thread_->wait(kPatience)) static_cast<void>(thread_.release());
 }
 
 void BonjourBrowser::connectSession() {

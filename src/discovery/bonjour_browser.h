@@ -10,6 +10,7 @@
 #include <QThread>
 #include <QTimer>
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -79,8 +80,8 @@ class BonjourBrowser : public QObject {
     void takeTurns();
 
     ServiceTable table_;
-    QThread thread_;         // the session's
-    AvahiSession* session_;  // the thread's, gone when that has finished
+    std::unique_ptr<QThread> thread_;  // the session's
+    AvahiSession* session_;            // the thread's, gone when that has finished
     std::map<ServiceId, Service> services_;
     ResolverQueue queue_;
     QTimer turns_;
