@@ -52,12 +52,17 @@ std::size_t maintenanceJobSize(const PrinterRecord& printer, int option) {
 }
 
 void reportMaintenance(const PrinterRecord& printer, BoundedText& report) {
+    const bool carried = carriesMaintenance(printer);
     for (const MaintenanceItem& item : kMaintenanceItems) {
         const bool listed = printer.text(item.flagKey) == kYes;
         report.append(item.title);
-        report.appendFormat(": %s for this model; the job has %zu bytes, which were not sent\n",
-                            listed ? "listed" : "not listed",
-                            maintenanceJobSize(printer, item.option));
+        report.append(listed ? ": listed for this model; " : ": not listed for this model; ");
+        if (carried) {
+            report.appendFormat("the job has %zu bytes, which were not sent\n",
+                                maintenanceJobSize(printer, item.option));
+        } else {
+            report.append("no job is sent over this connection\n");
+        }
     }
 }
 constexpr std::array kMaintenanceSteps{

@@ -268,11 +268,14 @@ TEST(Diagnosis, NobodyThereEndsSoonAndSaysSo) {
 }
 
 TEST(Diagnosis, MaintenanceIsLookedUpAndNotRun) {
-    PrinterRecord printer = recordOf("Network", "", "EPSON");
+    PrinterRecord printer = recordOf("Network", "port9100:x", "EPSON");
     printer.set(keys::nozzleCleaning, kYes);
     const std::string report = reportOf(printer, "maintenance");
     EXPECT_TRUE(holds(report, "Nozzle Cleaning: listed for this model; the job has 68 bytes"));
     EXPECT_TRUE(holds(report, "Print Nozzle Check Pattern: not listed"));
+    printer.set(keys::kind, "bjnp:x");
+    EXPECT_TRUE(holds(reportOf(printer, "maintenance"),
+                      "Nozzle Cleaning: listed for this model; no job is sent over this"));
 }
 
 }  // namespace
