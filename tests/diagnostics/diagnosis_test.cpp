@@ -13,7 +13,7 @@
 #include "support/virtual_epson.h"
 #include "support/virtual_ipp_printer.h"
 #include "support/virtual_mlc_hp.h"
-#include "vendors/hp.h"
+#include "support/virtual_pjl_hp.h"
 
 namespace tintoral {
 namespace {
@@ -78,7 +78,7 @@ TEST(Diagnosis, PhasesFollowTheConnectionAndTheMaker) {
         {"Network", "port9100:10.0.0.1", "EPSON", 13, "Connecting to the raw port"},
         {"Network", "lpd:10.0.0.1", "HP", 8, "Reading the description over SNMP"},
         {"AirPort", "lpd:10.0.0.1", "EPSON", 11, "Connecting to the raw port"},
-        {"AirPort", "riousb:x", "HP", 4, "Opening the printer at the base station"},
+        {"AirPort", "riousb:x", "HP", 5, "Opening the printer at the base station"},
         {"Network", "bjnp:10.0.0.1", "Canon", 3, "Reading the device ID over BJNP"},
         {"Network", "ipp:x", "HP", 9, "Asking for state and markers over IPP"},
         {"Mac cups1.4", "ipp:x", "HP", 2, "Asking for state and markers over IPP"},
@@ -136,20 +136,9 @@ TEST(Diagnosis, CanonOnTheRawPort) {
     EXPECT_TRUE(holds(reportOf(printer, "diagnosis"), "Number of Ink levels = 5"));
 }
 
-// Answers each of the three requests by which it is.
-std::vector<std::uint8_t> answerOfPjlPrinter(Bytes heard) {
-    std::array<std::uint8_t, 128> request{};
-    for (int index = 0; index < kHPDiagnosticRequests; ++index) {
-        const Bytes known = Bytes(request).first(mkHPDiagnosticRequest(index, request));
-        if (!std::ranges::equal(heard, known)) continue;
-        const Bytes said = asBytes(std::array{"OJ 6310", "black", "color"}.at(index));
-        return {said.begin(), said.end()};
-    }
-    return {};
-}
-
 TEST(Diagnosis, HPOnTheRawPort) {
-    const test::TcpPeer peer(kAddress, 9100, {.received = answerOfPjlPrinter});
+    test::VirtualPjlHp hp({"OJ 6310", "black", "color"});
+    const test::TcpPeer peer(kAddress, 9100, scriptOf(hp));
     PrinterRecord printer = recordOf("Network", "port9100:x", "HP");
     const std::string diagnosis = reportOf(printer, "maker's diagnosis");
     EXPECT_TRUE(holds(diagnosis, "PJL/PML Modelname = 007\n")) << diagnosis;
@@ -168,7 +157,7 @@ TEST(Diagnosis, HPAtABaseStation) {
     test::VirtualMlcHp hp;
     test::VirtualBaseStation station(
         {.printer = [&](Bytes heard) { return hp.transfersFor(heard); },
-         .deviceID = "MFG:HP;CMD:MLC,PCL,PML;MDL:X1;"});
+         .deviceID = "MFG:HP;MDL:X1;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064;"});
     const test::TcpPeer peer("::1", 10000, scriptOf(station));
     const auto diagnosisFor = [](std::string_view commandSet) {
         return reportOf(recordAtStation("HP", commandSet), "maker's diagnosis");
@@ -176,6 +165,8 @@ TEST(Diagnosis, HPAtABaseStation) {
     const std::string diagnosis = diagnosisFor("MLC,PCL,PML");
     EXPECT_TRUE(holds(diagnosis, "MLC/PML Modelname\n0000  80 00 00 04")) << diagnosis;
     EXPECT_TRUE(holds(diagnosis, "ck (45)\n"));
+    EXPECT_TRUE(
+        holds(reportOf(recordAtStation("HP", "PCL"), "Asking"), "Result = 2\nStatus = Idle\n"));
     EXPECT_TRUE(holds(diagnosisFor("PCL"), "no diagnosis is known for the command set = PCL\n"));
 }
 
