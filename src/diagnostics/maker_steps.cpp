@@ -54,14 +54,14 @@ std::size_t maintenanceJobSize(const PrinterRecord& printer, int option) {
 void reportMaintenance(const PrinterRecord& printer, BoundedText& report) {
     const bool carried = carriesMaintenance(printer);
     for (const MaintenanceItem& item : kMaintenanceItems) {
-        const bool listed = printer.text(item.flagKey) == kYes;
         report.append(item.title);
-        report.append(listed ? ": listed for this model; " : ": not listed for this model; ");
-        if (carried) {
-            report.appendFormat("the job has %zu bytes, which were not sent\n",
-                                maintenanceJobSize(printer, item.option));
+        if (printer.text(item.flagKey) != kYes) {
+            report.append(": not listed for this model\n");
+        } else if (!carried) {
+            report.append(": listed for this model, but not sent over this connection\n");
         } else {
-            report.append("no job is sent over this connection\n");
+            report.appendFormat(": listed for this model; the job has %zu bytes, not sent now\n",
+                                maintenanceJobSize(printer, item.option));
         }
     }
 }

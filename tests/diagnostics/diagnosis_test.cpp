@@ -263,10 +263,10 @@ TEST(Diagnosis, MaintenanceIsLookedUpAndNotRun) {
     printer.set(keys::nozzleCleaning, kYes);
     const std::string report = reportOf(printer, "maintenance");
     EXPECT_TRUE(holds(report, "Nozzle Cleaning: listed for this model; the job has 68 bytes"));
-    EXPECT_TRUE(holds(report, "Print Nozzle Check Pattern: not listed"));
+    EXPECT_TRUE(holds(report, "Print Nozzle Check Pattern: not listed for this model\n"));
     printer.set(keys::kind, "bjnp:x");
     EXPECT_TRUE(holds(reportOf(printer, "maintenance"),
-                      "Nozzle Cleaning: listed for this model; no job is sent over this"));
+                      "Nozzle Cleaning: listed for this model, but not sent over this"));
 }
 
 }  // namespace
