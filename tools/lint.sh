@@ -13,7 +13,7 @@ clang-format-14 --dry-run --Werror "${files[@]}"
 echo "Layers"
 tools/layers.py
 
-# The benchmarks are not part of an ordinary build.
+# Not the benchmarks, where the linker puts functions in the place of others under names that are reserved.
 mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$' | grep -v '^bench/')
 echo "clang-tidy on ${#sources[@]} sources"
 printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet \

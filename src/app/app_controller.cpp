@@ -16,6 +16,7 @@
 #include "app/ink_history_controller.h"
 #include "app/notification_center.h"
 #include "app/printer_list_panel.h"
+#include "app/save_notice.h"
 #include "app/wait_cursor.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
@@ -242,7 +243,12 @@ void AppController::forgetPrinter(const std::string& printerId) {
 
 void AppController::storePrinterTable() {
     tintoral::storePrinterTable(printerTable_, defaults_);
+    saveSettings();
+}
+
+void AppController::saveSettings() {
     defaults_.synchronize();
+    showSaveNotice(*window_, defaults_);
 }
 
 void AppController::handlePrinterRemoved(const PrinterRecordPtr& printer) {
@@ -332,7 +338,7 @@ void AppController::menuItemNozzleOptions() {
 void AppController::useModelIconMenuSelected() {
     useModelIcon_ = ui_->actionUseModelIcon->isChecked();
     defaults_.setUseModelIcon(useModelIcon_);
-    defaults_.synchronize();
+    saveSettings();
     updateUI();
 }
 
@@ -422,9 +428,13 @@ bool AppController::eventFilter(QObject* watched, QEvent* event) {
     return QObject::eventFilter(watched, event);
 }
 
-void AppController::windowWillClose() {
+void AppController::keepSelection() {
     if (printerDict_) defaults_.setPrinterId(printerDict_->text(keys::printerId));
-    defaults_.synchronize();
+    saveSettings();
+}
+
+void AppController::windowWillClose() {
+    keepSelection();
     dockIcon_->hide();
     QCoreApplication::quit();
 }

@@ -66,6 +66,9 @@ class AppController : public QObject {
     void showAboutPanel();
     void openProductPage();
 
+    // Saves which printer is selected; nothing else is unsaved between two updates.
+    void keepSelection();
+
   protected:
     // The window's first painting: finishStart(); its close: windowWillClose().
     bool eventFilter(QObject* watched, QEvent* event) override;
@@ -89,6 +92,7 @@ class AppController : public QObject {
     void updateAndKeep(PrinterRecord& printer);
     void forgetPrinter(const std::string& printerId);
     void storePrinterTable();
+    void saveSettings();
 
     void updateUI();
     void updateStatus();

@@ -7,6 +7,7 @@
 #include "app/add_by_address_dialog.h"
 #include "app/notification_center.h"
 #include "app/row_delegate.h"
+#include "app/table_layout.h"
 #include "app/wait_cursor.h"
 #include "support/text.h"
 #include "ui_PrinterBrowser.h"
@@ -67,22 +68,8 @@ void BrowserController::setUpTable() {
     table.setItemDelegate(new RowDelegate(&table));
     table.horizontalHeader()->setSortIndicator(PrinterTableModel::Name, Qt::AscendingOrder);
     table.setSortingEnabled(true);
-    setUpSizes();
+    sizeForText(table, *this, {40, 21, 21, 16, 30});
     ui_->emptyHint->setAttribute(Qt::WA_TransparentForMouseEvents);
-}
-
-void BrowserController::setUpSizes() {
-    QTableView& table = *ui_->printerTableView;
-    const int rowHeight = table.fontMetrics().height() + 10;
-    table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table.verticalHeader()->setDefaultSectionSize(rowHeight);
-    table.horizontalHeader()->setFixedHeight(rowHeight);
-    const int character = table.fontMetrics().averageCharWidth();
-    for (const auto& [column, characters] : {std::pair(PrinterTableModel::Name, 40),
-                                             {PrinterTableModel::Connection, 21},
-                                             {PrinterTableModel::Address, 21},
-                                             {PrinterTableModel::Status, 16}})
-        table.setColumnWidth(column, characters * character);
 }
 
 void BrowserController::connectWidgets() {

@@ -62,7 +62,6 @@ class BrowserController : public QDialog {
   private:
     void connectWidgets();
     void setUpTable();
-    void setUpSizes();
     void observeNotifications();
     void handlePrinterFound(const PrinterRecordPtr& printer);
     void handlePrinterRemoved(const PrinterRecordPtr& printer);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <array>
 
+#include "app/level_view_accessible.h"
 #include "records/printer_record.h"
 
 namespace tintoral {
@@ -128,6 +129,7 @@ void drawRightAligned(QPainter& painter, const QString& text, int left, int righ
 
 LevelView::LevelView(QWidget* parent) : QWidget(parent) {
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Fixed);
+    QAccessible::installFactory(levelViewAccessible);  // nothing the second time
     setAccessibleName(QStringLiteral("Ink levels"));
     setInkDict(nullptr, {});
 }
@@ -220,18 +222,23 @@ void LevelView::drawShadow12(QPainter& painter, QPoint at, int level) const {
     }
 }
 
-QString LevelView::rowText(const InkRow& row) const {
-    const QString name = QString::fromStdString(row.name);
-    return isSample_ ? name + QStringLiteral(": no level yet")
-                     : name + QStringLiteral(": ") + levelText(row.level);
+QString LevelView::levelInWords(int index) const {
+    return isSample_ ? QStringLiteral("no level yet") : levelText(row(index).level);
 }
 
 // A row reaches half the gap beyond its bar, upwards and downwards.
-const InkRow* LevelView::rowAt(QPoint pixel) const {
-    const int belowFirst = kFirstRowY + (kRowPitch + kBarHeight) / 2 - kGeometry.upwards(pixel.y());
-    const int index = belowFirst / kRowPitch;
-    return belowFirst >= 0 && index < inkCount() ? &rows_[static_cast<std::size_t>(index)]
-                                                 : nullptr;
+QRect LevelView::rectOfRow(int index) const {
+    constexpr int kHalfGap = (kRowPitch - kBarHeight + 1) / 2;
+    const QRect line =
+        kGeometry.rect(QRect(0, kFirstRowY - kHalfGap - index * kRowPitch, kWidth, kRowPitch));
+    return {0, line.top(), width(), line.height()};
+}
+
+std::optional<int> LevelView::rowAt(QPoint pixel) const {
+    for (int index = 0; index < inkCount(); ++index) {
+        if (rectOfRow(index).contains(pixel)) return index;
+    }
+    return std::nullopt;
 }
 
 void LevelView::describe() {
@@ -241,14 +248,18 @@ void LevelView::describe() {
     }
     setAccessibleDescription(isSample_ ? QStringLiteral("No levels yet")
                                        : parts.join(QStringLiteral(", ")));
+    QAccessibleEvent changed(this, QAccessible::ObjectReorder);
+    QAccessible::updateAccessibility(&changed);
 }
 
 bool LevelView::event(QEvent* event) {
     if (event->type() != QEvent::ToolTip) return QWidget::event(event);
     const auto* help = static_cast<QHelpEvent*>(event);
-    if (const InkRow* row = rowAt(help->pos())) {
+    if (const auto index = rowAt(help->pos())) {
+        const QString words =
+            QString::fromStdString(row(*index).name) + QStringLiteral(": ") + levelInWords(*index);
         // Marked up on purpose: a name that looks like markup would otherwise be taken as such.
-        const QString text = QStringLiteral("<qt>%1</qt>").arg(rowText(*row).toHtmlEscaped());
+        const QString text = QStringLiteral("<qt>%1</qt>").arg(words.toHtmlEscaped());
         QToolTip::showText(help->globalPos(), text, this);
     } else {
         QToolTip::hideText();

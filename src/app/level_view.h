@@ -35,6 +35,13 @@ class LevelView : public QWidget {
     // The number of rows shown, which the window's height follows.
     int inkCount() const { return static_cast<int>(rows_.size()); }
 
+    // One of the rows, from the top; what its level is in words; and where it is drawn. Without a
+    // reading the rows are the sample's.
+    const InkRow& row(int index) const { return rows_.at(static_cast<std::size_t>(index)); }
+    QString levelInWords(int index) const;
+    QRect rectOfRow(int index) const;
+    bool hasReading() const { return !isSample_; }
+
     // The height that `inks` rows take, in points.
     static int heightForInks(int inks);
 
@@ -61,8 +68,7 @@ class LevelView : public QWidget {
     // The glow under a bar: red up to 10 percent, yellow up to 20, else grey.
     void drawShadow12(QPainter& painter, QPoint at, int level) const;
 
-    QString rowText(const InkRow& row) const;
-    const InkRow* rowAt(QPoint pixel) const;
+    std::optional<int> rowAt(QPoint pixel) const;
     void describe();
 
     std::vector<InkRow> rows_;

@@ -7,6 +7,7 @@
 
 #include "app/notification_center.h"
 #include "app/row_delegate.h"
+#include "app/table_layout.h"
 #include "monitor/record_rules.h"
 #include "support/text.h"
 #include "ui_PrinterList.h"
@@ -126,21 +127,8 @@ void PrinterListPanel::setUpTable() {
                                    new LevelsDelegate(model_, sorted_, &table));
     table.horizontalHeader()->setSortIndicator(PrinterListModel::Name, Qt::AscendingOrder);
     table.setSortingEnabled(true);
-    setUpSizes();
+    sizeForText(table, *this, {50, 44, 20, 22}, kBarHeight);
     ui_->emptyHint->setAttribute(Qt::WA_TransparentForMouseEvents);
-}
-
-void PrinterListPanel::setUpSizes() {
-    QTableView& table = *ui_->printerTableView;
-    const int textHeight = table.fontMetrics().height() + 10;
-    table.verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
-    table.verticalHeader()->setDefaultSectionSize(std::max(textHeight, kBarHeight + 10));
-    table.horizontalHeader()->setFixedHeight(textHeight);
-    const int character = table.fontMetrics().averageCharWidth();
-    for (const auto& [column, characters] : {std::pair(PrinterListModel::Name, 50),
-                                             {PrinterListModel::Levels, 44},
-                                             {PrinterListModel::Status, 20}})
-        table.setColumnWidth(column, characters * character);
 }
 
 void PrinterListPanel::connectWidgets() {

@@ -47,7 +47,6 @@ class PrinterListPanel : public QDialog {
 
   private:
     void setUpTable();
-    void setUpSizes();
     void connectWidgets();
     void updateButtons();
     bool mayForget(const QString& name);

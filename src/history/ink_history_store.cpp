@@ -49,6 +49,7 @@ Array readEntries(const std::filesystem::path& path) {
 }
 
 bool keepHistoryAside(const std::filesystem::path& path, const PropertyListFile& file) {
+    if (file.state == FileState::OutOfReach) return false;
     const auto aside = keepAside(path, supportFolder() / kDamagedFolder);
     if (aside.empty()) return false;
     const auto reason = file.reason.empty() ? path.string() + ": not an array" : file.reason;

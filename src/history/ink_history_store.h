@@ -42,8 +42,9 @@ std::shared_ptr<const Array> inkHistory(std::string_view printerId);
 
 // Stores one update. A history that is damaged, of the wrong root type or unreadable is kept aside,
 // with one line on standard error, and a new one begins. False when nothing was stored: no plain
-// file name, no folder, a failed write (which leaves the old file whole), or a bad file that cannot
-// be kept aside. None of these is reported.
+// file name, no folder, a failed write (which leaves the old file whole), a bad file that cannot be
+// kept aside, or one that cannot be read for lack of descriptors or memory (which stays). None of
+// these is reported.
 bool saveInkReadingsForPrinterId(Dictionary inkDict, std::string_view printerId);
 
 // The last entry of a printer's history; nothing when there is none that can be read.

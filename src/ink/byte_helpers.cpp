@@ -42,7 +42,7 @@ std::size_t hexToBin(std::string_view hex, MutableBytes output) {
 
 std::int32_t b2i(Bytes bytes) {
     if (bytes.empty() || bytes.size() > 4) return 0;
-    if (bytes.size() == 1) return static_cast<std::int8_t>(bytes[0]);
+    if (bytes.size() == 1) return ByteReader(bytes).s8();
     std::uint32_t value = 0;
     for (const std::uint8_t byte : bytes) value = value << 8 | byte;
     return static_cast<std::int32_t>(value);

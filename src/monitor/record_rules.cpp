@@ -93,7 +93,7 @@ bool levelsAreStale(const PrinterRecord& printer, Date now) {
     constexpr int kMinutes = 10;
     const Dictionary* inkDict = printer.dictionary(keys::inkDict);
     const auto date = inkDict ? inkDict->date(keys::date) : std::nullopt;
-    return date && now - *date > std::chrono::minutes(kMinutes);
+    return date && now - *date > std::chrono::minutes(kMinutes);  // as meant: not if in the future
 }
 
 void sendMaintenance(const PrinterRecord& printer, int option) {

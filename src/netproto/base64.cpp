@@ -14,8 +14,9 @@ constexpr int kPadding = -1;
 
 // Up to three bytes as four characters.
 void encodeGroup(Bytes group, std::string& encoded) {
+    ByteReader reader(group);  // which gives zeros past the end
     std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < 3; ++i) bits = bits << 8 | (i < group.size() ? group[i] : 0U);
+    for (int i = 0; i < 3; ++i) bits = bits << 8 | reader.u8();
     for (std::size_t i = 0; i < 4; ++i) {
         encoded += i <= group.size() ? kDigits[bits >> (18 - 6 * i) & 63] : '=';
     }

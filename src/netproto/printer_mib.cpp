@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <span>
 
+#include "netproto/snmp_exchange.h"
 #include "support/clock.h"
 #include "vendors/hp.h"
 

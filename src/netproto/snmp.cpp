@@ -8,7 +8,6 @@
 #include "ink/byte_helpers.h"
 #include "support/byte_writer.h"
 #include "support/text.h"
-#include "transport/net/sockets.h"
 
 namespace tintoral {
 namespace {
@@ -47,8 +46,9 @@ std::optional<Tlv> enterTlv(ByteReader& reader) {
     const std::size_t header = berOffset(rest);
     if (header == 0) return std::nullopt;
     const std::size_t length = berLength(rest);
-    reader.skip(header);
-    return Tlv{rest[0], reader.take(std::min(length, reader.remaining())), length, header + length};
+    const std::uint8_t tag = reader.u8();
+    reader.skip(header - 1);
+    return Tlv{tag, reader.take(std::min(length, reader.remaining())), length, header + length};
 }
 
 // The next TLV; nothing when it is not wholly there. The reader then stays where it was.
@@ -185,10 +185,13 @@ bool takeBinding(ByteReader& list, SnmpVarBind& binding) {
 
 // All of the number or nothing: a part of it would name another object.
 bool appendArc(BoundedText& text, std::int32_t arc) {
-    FixedText<16> number;
-    number.format(text.empty() ? "%d" : ".%d", arc);
+    std::array<char, 12> dotAndNumber{'.'};
+    char* const begin = dotAndNumber.data() + (text.empty() ? 0 : 1);
+    const char* end = std::to_chars(begin, dotAndNumber.data() + dotAndNumber.size(), arc).ptr;
+    const std::string_view number(dotAndNumber.data(),
+                                  static_cast<std::size_t>(end - dotAndNumber.data()));
     const bool fits = number.size() <= text.capacity() - text.size();
-    if (fits) text.append(number.view());
+    if (fits) text.append(number);
     return fits;
 }
 
@@ -266,7 +269,7 @@ std::size_t berLength(Bytes tlv) {
 std::size_t setBerLength(MutableBytes tlv, std::size_t length) {
     if (tlv.empty() || length > 0xFFFF) return 0;
     ByteWriter writer(tlv);
-    writer.u8(tlv[0]);
+    writer.u8(tlv.front());
     if (length < 0x80) return writer.u8(static_cast<std::uint8_t>(length)).finish();
     if (length < 0x100) return writer.u8(0x81).u8(static_cast<std::uint8_t>(length)).finish();
     return writer.u8(0x82).be16(static_cast<std::uint16_t>(length)).finish();
@@ -301,7 +304,7 @@ std::size_t objid2str(BoundedText& text, Bytes content) {
     constexpr std::uint8_t kIsoOrg = 0x2B;
     text.clear();
     ByteReader reader(content);
-    if (!content.empty() && content[0] == kIsoOrg) {
+    if (ByteReader(content).u8() == kIsoOrg) {
         text.append("1.3");
         reader.skip(1);
     }
@@ -381,12 +384,6 @@ int parseSnmpPacket(Bytes packet, SnmpMessage& message) {
            takeBinding(list, message.varBinds[count]))
         ++count;
     return static_cast<int>(count);
-}
-
-int snmpSendAndReceive(const std::string& host, Bytes packet, MutableBytes reply) {
-    const UniqueFd socket = openUdpSocket();
-    if (!socket.valid()) return -1;
-    return udpExchange(socket.get(), host, kSnmpService, packet, reply, OnSendFailure::GiveUp);
 }
 
 std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet) {

@@ -1,5 +1,5 @@
-// SNMP version 1 (RFC 1157) as far as printers need it: a message record, the Basic Encoding Rules
-// (X.690) for the types that printers answer with, and one exchange over UDP port 161.
+// SNMP version 1 (RFC 1157) as far as printers need it: a message record and the Basic Encoding
+// Rules (X.690) for the types that printers answer with. Pure; snmp_exchange.h sends and receives.
 //
 //   message    30 len | 02 01 00 version | 04 06 "public" | PDU
 //   PDU        A0..A4 len | 02 04 request-id | 02 01 error-status | 02 01 error-index | bindings
@@ -125,12 +125,6 @@ std::size_t mkSNMPSrcPacket(MutableBytes output, const SnmpMessage& message);
 // request-id nor the error-status is judged; callers go by the OIDs. Result: the number of
 // bindings.
 int parseSnmpPacket(Bytes packet, SnmpMessage& message);
-
-// One exchange with port 161 of `host` (name or dotted address): two attempts of 100 ms each.
-// `reply` is the caller's and is cleared to its full size. Result: the bytes of the reply; 0 when
-// none came; -1 when no socket could be made or the request not be sent ("Client:socket", "Client:
-// sendto" on standard error).
-int snmpSendAndReceive(const std::string& host, Bytes packet, MutableBytes reply);
 
 // Appends a readable dump of the packet, as far as it is sound. Result: 0.
 std::uint32_t sdumpSnmpPacket(BoundedText& text, Bytes packet);

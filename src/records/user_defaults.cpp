@@ -24,6 +24,7 @@ std::filesystem::path userDefaultsPath() {
 
 UserDefaults::UserDefaults(std::filesystem::path file) : file_(std::move(file)) {
     if (file_.empty()) {
+        saveFailure_ = "there is no home folder";
         reportLine("no home folder: settings are not kept");
     } else {
         load();
@@ -36,15 +37,20 @@ void UserDefaults::load() {
     if (auto* values = file.root.as<Dictionary>()) {
         values_ = std::move(*values);
     } else {
-        setAside(file.reason.empty() ? file_.string() + ": not a dictionary" : file.reason);
+        setAside(file);
     }
 }
 
-void UserDefaults::setAside(const std::string& reason) {
-    const auto aside = keepAside(file_);
-    if (aside.empty()) file_.clear();
-    reportLine("the settings cannot be read: " + reason +
-               (aside.empty() ? "; settings are not kept" : "; kept as " + aside.string()));
+void UserDefaults::setAside(const PropertyListFile& file) {
+    const auto reason = file.reason.empty() ? file_.string() + ": not a dictionary" : file.reason;
+    if (file.state != FileState::OutOfReach) keptAside_ = keepAside(file_);
+    if (keptAside_.empty()) {
+        saveFailure_ = reason;
+        file_.clear();
+    }
+    reportLine(
+        "the settings cannot be read: " + reason +
+        (keptAside_.empty() ? "; settings are not kept" : "; kept as " + keptAside_.string()));
 }
 
 const Array& UserDefaults::printerTable() const {
@@ -66,14 +72,15 @@ bool UserDefaults::synchronize() {
     auto error = makeFolders(file_.parent_path());
     if (!error) error = writePropertyListFile(file_, values_);
     changed_ = static_cast<bool>(error);
-    if (error) reportOnce(error);
+    saveFailure_ = error ? error.message() : std::string();
+    if (error) reportOnce();
     return !error;
 }
 
-void UserDefaults::reportOnce(std::error_code error) {
+void UserDefaults::reportOnce() {
     if (failureReported_) return;
     failureReported_ = true;
-    reportLine("the settings cannot be saved: " + file_.string() + ": " + error.message());
+    reportLine("the settings cannot be saved: " + file_.string() + ": " + saveFailure_);
 }
 
 }  // namespace tintoral

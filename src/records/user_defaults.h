@@ -13,7 +13,6 @@
 #include <filesystem>
 #include <string>
 #include <string_view>
-#include <system_error>
 
 #include "support/property_list.h"
 
@@ -26,8 +25,8 @@ class UserDefaults {
   public:
     // Reads the file; a missing one counts as empty. One that is damaged, of the wrong root type or
     // unreadable counts as empty too and is renamed first, so that nothing written later replaces
-    // it. Where it cannot be renamed, or `file` is empty, nothing is written in this run. Each of
-    // these is one line on standard error.
+    // it. Where it cannot be renamed, or could not be read for lack of descriptors or memory, or
+    // `file` is empty, nothing is written in this run. Each of these is one line on standard error.
     explicit UserDefaults(std::filesystem::path file = userDefaultsPath());
 
     // Empty (false) for a setting that is absent or of another type.
@@ -44,19 +43,28 @@ class UserDefaults {
     // error the first time, and the next call tries again.
     bool synchronize();
 
+    // Why nothing is saved: the reason of the last synchronize() that failed, or what kept the file
+    // from being used in this run. Empty while all is well.
+    const std::string& saveFailure() const { return saveFailure_; }
+
+    // Where the file lies that could not be read at start; empty when it could.
+    const std::filesystem::path& keptAside() const { return keptAside_; }
+
   private:
     static constexpr std::string_view kPrinterTable = "VT1printerTable";
     static constexpr std::string_view kPrinterId = "VT1printerId";
     static constexpr std::string_view kUseModelIcon = "VT1useModelIcon";
 
     void load();
-    void setAside(const std::string& reason);
+    void setAside(const PropertyListFile& file);
     void set(std::string_view key, Value value);
-    void reportOnce(std::error_code error);
+    void reportOnce();
 
     std::filesystem::path file_;  // empty: nothing is written
     Dictionary values_;
     bool changed_ = false;
+    std::filesystem::path keptAside_;
+    std::string saveFailure_;
     bool failureReported_ = false;
 };
 

@@ -1,6 +1,7 @@
 #include "support/file_replace.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -12,6 +13,8 @@
 
 namespace tintoral {
 namespace {
+
+constexpr std::string_view kTemporaryName = ".tintoral-XXXXXX";
 
 std::error_code lastError() {
     return {errno, std::generic_category()};
@@ -44,14 +47,54 @@ std::error_code fillAndFlush(int fd, std::string_view content) {
     return ::fsync(fd) == 0 ? std::error_code{} : lastError();
 }
 
+// A writer holds a lock on its file; the lock of one that was killed died with it.
+bool isAbandoned(const std::filesystem::path& file) {
+    const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
+    struct stat info {};
+    return fd.valid() && ::fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode) &&
+           info.st_uid == ::geteuid() && ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0;
+}
+
+bool isTemporaryName(std::string_view name) {
+    const auto prefix = kTemporaryName.substr(0, kTemporaryName.find('X'));
+    return name.size() == kTemporaryName.size() && name.starts_with(prefix);
+}
+
+void removeAbandoned(const std::filesystem::path& folder) {
+    std::error_code error;
+    std::filesystem::directory_iterator entry(folder, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+        const auto& file = entry->path();
+        if (isTemporaryName(file.filename().native()) && isAbandoned(file)) ::unlink(file.c_str());
+    }
+}
+
+// A locked temporary file; not valid, with errno set, when none can be made. Where the file system
+// has no locks it stays unlocked, and abandoned ones stay too.
+UniqueFd makeTemporary(std::string& name) {
+    constexpr int kAttempts = 10;
+    const std::string pattern = name;
+    for (int attempt = 0; attempt < kAttempts; ++attempt) {
+        name = pattern;
+        UniqueFd fd(::mkostemp(name.data(), O_CLOEXEC));
+        if (!fd.valid()) return fd;
+        const bool taken = ::flock(fd.get(), LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK;
+        struct stat info {};
+        if (!taken && ::fstat(fd.get(), &info) == 0 && info.st_nlink > 0) return fd;
+    }  // another process took it for abandoned before it was locked
+    errno = EBUSY;
+    return UniqueFd();
+}
+
 }  // namespace
 
 std::error_code replaceFile(const std::filesystem::path& path, std::string_view content,
                             const std::filesystem::path& temporaryFolder) {
     const auto target = followLinks(path);
     const auto folder = temporaryFolder.empty() ? target.parent_path() : temporaryFolder;
-    std::string temporary = (folder / ".tintoral-XXXXXX").string();
-    UniqueFd fd(::mkostemp(temporary.data(), O_CLOEXEC));
+    removeAbandoned(folder);
+    std::string temporary = (folder / kTemporaryName).string();
+    const UniqueFd fd = makeTemporary(temporary);
     if (!fd.valid()) return lastError();
     auto error = copyPermissions(target, fd.get());
     if (!error) error = fillAndFlush(fd.get(), content);

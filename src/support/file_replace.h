@@ -12,8 +12,10 @@ namespace tintoral {
 // the reason is returned.
 //
 // `temporaryFolder` takes the temporary file (".tintoral-" and six characters); it must lie on the
-// same file system. Empty: the folder of `path`. A symbolic link at `path` is followed. An existing
-// file keeps its permissions; a new one is readable by its owner alone. No folder is made.
+// same file system. Empty: the folder of `path`. Temporary files in it that a killed program left
+// behind are removed first: their room may be what is missing. A symbolic link at `path` is
+// followed. An existing file keeps its permissions; a new one is readable by its owner alone. No
+// folder is made.
 std::error_code replaceFile(const std::filesystem::path& path, std::string_view content,
                             const std::filesystem::path& temporaryFolder = {});
 

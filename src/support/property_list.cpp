@@ -189,6 +189,11 @@ std::optional<Value> parseXml(std::string_view xml) {
     return root ? std::optional(fromNode(root)) : std::nullopt;
 }
 
+bool isForLackOfMeans(std::error_code error) {
+    return error == std::errc::too_many_files_open || error == std::errc::not_enough_memory ||
+           error == std::errc::too_many_files_open_in_system;
+}
+
 PropertyListFile failure(FileState state, const std::filesystem::path& path, std::string_view why) {
     return {state, {}, path.string() + ": " + std::string(why)};
 }
@@ -312,7 +317,8 @@ PropertyListFile readPropertyListFile(const std::filesystem::path& path) {
     std::error_code error;
     const std::string content = readFileStart(path, kMaximumFileSize + 1, error);
     if (error == std::errc::no_such_file_or_directory) return {};
-    if (error) return failure(FileState::Unreadable, path, error.message());
+    const auto state = isForLackOfMeans(error) ? FileState::OutOfReach : FileState::Unreadable;
+    if (error) return failure(state, path, error.message());
     if (content.size() > kMaximumFileSize) return failure(FileState::Damaged, path, "too large");
     auto root = parsePropertyList(content);
     if (!root) return failure(FileState::Damaged, path, "not a property list");

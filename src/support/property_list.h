@@ -121,12 +121,13 @@ std::optional<Value> parseLastItem(std::string_view content);
 // (cleanText). Dates outside 1932 to 2069 are moved to the nearer end. Empty when memory runs out.
 std::string formatPropertyList(const Value& root);
 
-enum class FileState { Loaded, Absent, Unreadable, Damaged };
+// OutOfReach: there are no descriptors or no memory left to read it with; it may well be whole.
+enum class FileState { Loaded, Absent, OutOfReach, Unreadable, Damaged };
 
 struct PropertyListFile {
     FileState state = FileState::Absent;
     Value root;          // meaningful when Loaded
-    std::string reason;  // one line for the person, when Unreadable or Damaged
+    std::string reason;  // one line for the person, when there is a file and it is not Loaded
 };
 
 // Reads a property list file of at most 64 MiB. Never waits on a file that is not a regular one.

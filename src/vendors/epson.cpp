@@ -242,7 +242,7 @@ int readTextLevels(std::string_view body, InkQuantities& record) {
 // The field of a binary reply with this code gives a status text or levels; others are skipped.
 void readBinaryField(std::uint8_t code, Bytes data, BoundedText& status, InkQuantities& record,
                      int& count) {
-    if (code == kStatusField && !data.empty()) biStatusValueToString(data[0], status);
+    if (code == kStatusField && !data.empty()) biStatusValueToString(ByteReader(data).u8(), status);
     if (code == kInkField) count = biInkStatusToIQ(data, record);
 }
 
@@ -282,12 +282,18 @@ std::uint32_t wordAt(Bytes reply, std::size_t offset) {
     return reader.be32();
 }
 
+std::optional<std::uint8_t> byteAt(Bytes reply, std::size_t offset) {
+    ByteReader reader(reply);
+    reader.skip(offset);
+    return reader.atEnd() ? std::nullopt : std::optional(reader.u8());
+}
+
 // A supply whose byte the reply does not reach is absent; a reply without the black one has none.
 int readSupplies(Bytes reply, std::span<const SupplyByte> supplies, InkQuantities& record) {
     const std::size_t blackOffset = supplies.front().offset;
     if (reply.size() <= blackOffset) return 0;
     for (const auto& [offset, colorID] : supplies) {
-        const std::uint8_t level = offset < reply.size() ? reply[offset] : kSupplyAbsent;
+        const std::uint8_t level = byteAt(reply, offset).value_or(kSupplyAbsent);
         if (level != kSupplyAbsent || offset == blackOffset) appendSupply(record, colorID, level);
     }
     return record.count;

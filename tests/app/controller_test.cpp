@@ -137,6 +137,28 @@ TEST_F(MainWindow, AnUnreachablePrinterKeepsItsLastLevels) {
     EXPECT_NE(find<QLabel>("lastUpdateField").text(), "Last update: not updated yet");
 }
 
+TEST_F(MainWindow, SaysWhatIsWrongWithTheSettingsUntilItIsNot) {
+    const auto file = userDefaultsPath();
+    test::writeFile(file, "damaged");
+    start();
+    EXPECT_EQ(find<QLabel>("saveNotice").text().toStdString(),
+              "The settings could not be read; they are kept as " + file.string() + ".damaged");
+    start();
+    EXPECT_EQ(controller_->myWindow().findChild<QLabel*>("saveNotice"), nullptr);
+    std::filesystem::remove_all(home_ / "config");
+    test::writeFile(home_ / "config", "in the way");
+    choose(printerAt("127.0.0.1"));
+    const auto& notice = find<QLabel>("saveNotice");
+    EXPECT_EQ(notice.text(), "Levels and settings cannot be saved: Not a directory");
+    EXPECT_TRUE(notice.isVisible());
+    EXPECT_EQ(controller_->myWindow().width(), 440);
+    EXPECT_EQ(contentHeight(), 422 - 6 * 25);
+    std::filesystem::remove(home_ / "config");
+    QTest::mouseClick(&updateButton(), Qt::LeftButton);
+    EXPECT_FALSE(notice.isVisible());
+    EXPECT_EQ(UserDefaults().printerTable().size(), 1U) << "tried again";
+}
+
 TEST_F(MainWindow, MaintenanceGoesToThePrinterThatKnowsIt) {
     choose(printerAt("127.0.0.1"));
     EXPECT_TRUE(find<QAction>("actionPrintNozzleCheckPattern").isEnabled());

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <QtCore/QEvent>
+#include <QtGui/QAccessible>
 #include <QtGui/QHelpEvent>
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
@@ -150,6 +151,15 @@ TEST(LevelView, TellsItsRowsInWords) {
     view.resize(400, 90);
     view.show();
     EXPECT_EQ(view.accessibleDescription(), "Cyan 45 %, Black not empty, <b>A&B</b> unknown");
+    QAccessibleInterface* bars = QAccessible::queryAccessibleInterface(&view);
+    ASSERT_EQ(bars->childCount(), 3);
+    QAccessibleInterface* cyan =
+        bars->childAt(view.mapToGlobal(QPoint(200, 10)).x(), view.mapToGlobal(QPoint(200, 10)).y());
+    ASSERT_EQ(bars->indexOfChild(cyan), 0);
+    EXPECT_EQ(cyan->text(QAccessible::Name) + cyan->text(QAccessible::Value), "Cyan45 %");
+    EXPECT_EQ(cyan->valueInterface()->currentValue(), 45);
+    EXPECT_EQ(bars->child(1)->text(QAccessible::Value), "not empty");
+    EXPECT_EQ(bars->child(1)->valueInterface(), nullptr);
     const std::pair<int, QString> tips[]{
         {6, ""}, {7, "Cyan: 45 %"}, {81, "&lt;b&gt;A&amp;B&lt;/b&gt;: unknown"}, {82, ""}};
     for (const auto& [y, text] : tips) {

@@ -3,22 +3,8 @@
 # that announces itself is selected by itself; the next one is chosen in the selection window.
 set -euo pipefail
 source "$(dirname "${BASH_SOURCE[0]}")/program_session.sh"
-for tool in avahi-daemon dbus-daemon avahi-publish; do
-    PATH=$PATH:/usr/sbin command -v "$tool" >/dev/null || { echo "SKIPPED: no $tool" >&2; exit 77; }
-done
+start_avahi
 
-avahi_up() {
-    mkdir "/run/$1"
-    "$(dirname "${BASH_SOURCE[0]}")/../support/avahi_up.sh" "$1" "/run/$1" &
-    wait_until 10 test -S "$2" || fail "no $1"
-}
-avahi_up bus /run/dbus/system_bus_socket
-avahi_up daemon /run/avahi-daemon/socket
-
-announce() { # HOST ADDRESS NAME TXT...
-    avahi-publish -a -R "$1" "$2" >/dev/null 2>&1 &
-    avahi-publish -s -H "$1" "$3" _pdl-datastream._tcp 9100 "${@:4}" >/dev/null 2>&1 &
-}
 selected() { grep -A 1 VT1printerId "$defaults" | grep -qF ">$1<"; }
 has_levels() { [ -s "$HOME/library/Application Support/Tintoral/$1" ]; }
 # Typing its first letter finds only a printer that can be chosen; until there is one, the keys do nothing. Letters

@@ -28,3 +28,21 @@ quit_program() {
     wait_until 10 gone || fail "the window does not quit"
     wait "$program" || fail "the program ended with status $?"
 }
+
+# Bonjour on a bus of this namespace's own.
+start_avahi() {
+    for tool in avahi-daemon dbus-daemon avahi-publish; do
+        PATH=$PATH:/usr/sbin command -v "$tool" >/dev/null || { echo "SKIPPED: no $tool" >&2; exit 77; }
+    done
+    avahi_part bus /run/dbus/system_bus_socket
+    avahi_part daemon /run/avahi-daemon/socket
+}
+avahi_part() {
+    mkdir "/run/$1"
+    "$(dirname "${BASH_SOURCE[0]}")/../support/avahi_up.sh" "$1" "/run/$1" &
+    wait_until 10 test -S "$2" || fail "no $1"
+}
+announce() { # HOST ADDRESS NAME TXT...: a printer on a raw port
+    avahi-publish -a -R "$1" "$2" >/dev/null 2>&1 &
+    avahi-publish -s -H "$1" "$3" _pdl-datastream._tcp 9100 "${@:4}" >/dev/null 2>&1 &
+}

@@ -93,6 +93,7 @@ TEST(RecordRules, LevelsAreStaleAfterTenMinutes) {
     };
     EXPECT_FALSE(levelsAreStale(aged(std::chrono::minutes(10)), now));
     EXPECT_TRUE(levelsAreStale(aged(std::chrono::seconds(601)), now));
+    EXPECT_FALSE(levelsAreStale(aged(-std::chrono::days(400)), now)) << "the clock was set back";
 }
 
 }  // namespace

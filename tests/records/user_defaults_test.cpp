@@ -88,6 +88,20 @@ TEST(UserDefaults, ABadFileIsKeptAsideBeforeAnotherIsWrittenOrLeftAlone) {
     }
 }
 
+TEST(UserDefaults, AFileThatIsOnlyOutOfReachStaysWhereItIs) {
+    const test::TemporaryFolder folder;
+    const auto path = folder / "Tintoral.plist";
+    writeFile(path, formatPropertyList(Dictionary{{"VT1printerId", "old"}}));
+    UserDefaults defaults = [&] {
+        const test::NoMoreFiles none;
+        return UserDefaults(path);
+    }();
+    EXPECT_EQ(defaults.saveFailure(), path.string() + ": Too many open files");
+    defaults.setPrinterId("new");
+    EXPECT_FALSE(defaults.synchronize());
+    EXPECT_EQ(UserDefaults(path).printerId(), "old");
+}
+
 TEST(UserDefaults, AFailedSaveLeavesTheOldFileAndSaysSoOnce) {
     const test::TemporaryFolder folder;
     UserDefaults defaults(folder / "file");

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "netproto/snmp.h"
+#include "netproto/snmp_exchange.h"
 #include "support/clock.h"
 
 namespace tintoral::test {

@@ -1,14 +1,19 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <pwd.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
+#include <atomic>
 #include <filesystem>
+#include <thread>
 
 #include "support/file_replace.h"
 #include "support/folders.h"
 #include "support/hardships.h"
 #include "support/property_list.h"
 #include "support/temporary_folder.h"
+#include "support/unique_fd.h"
 
 namespace tintoral {
 namespace {
@@ -39,6 +44,33 @@ TEST(ReplaceFile, LeavesTheOldFileWholeAndNoLitterWhenItFails) {
     EXPECT_EQ(readFile(folder / "file"), "old");
     EXPECT_EQ(replaceFile(folder / "missing" / "file", "x"), std::errc::no_such_file_or_directory);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 1);
+}
+
+TEST(ReplaceFile, RemovesWhatAKilledWriterLeftAndNothingElse) {
+    const test::TemporaryFolder folder;
+    for (const char* name : {".tintoral-killed", ".tintoral-inWork", ".tintoral-too-long", "other"})
+        writeFile(folder / name, "x");
+    fs::create_directory(folder / ".tintoral-folder");
+    fs::create_symlink("other", folder / ".tintoral-linked");
+    const UniqueFd writer(::open((folder / ".tintoral-inWork").c_str(), O_RDWR | O_CLOEXEC));
+    ASSERT_EQ(::flock(writer.get(), LOCK_EX), 0);
+    ASSERT_FALSE(replaceFile(folder / "file", "new"));
+    EXPECT_FALSE(fs::exists(folder / ".tintoral-killed"));
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 6);
+}
+
+TEST(ReplaceFile, WritersInOneFolderLeaveEachOthersTemporaryFilesAlone) {
+    constexpr int kWrites = 100;
+    const test::TemporaryFolder folder;
+    std::atomic<int> failures = 0;
+    const auto writer = [&](const char* name) {
+        for (int i = 0; i < kWrites; ++i) failures += replaceFile(folder / name, name) ? 1 : 0;
+    };
+    std::thread other(writer, "one");
+    writer("two");
+    other.join();
+    EXPECT_EQ(failures, 0);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder.path()), {}), 2);
 }
 
 TEST(ReadPropertyListFile, TellsAbsentUnreadableAndDamagedApart) {

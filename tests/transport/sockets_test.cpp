@@ -1,12 +1,14 @@
 #include "transport/net/sockets.h"
 
 #include <gtest/gtest.h>
+#include <netinet/tcp.h>
 #include <sys/socket.h>
 
 #include <algorithm>
 #include <csignal>
 #include <thread>
 
+#include "support/tcp_peer.h"
 #include "support/udp_peer.h"
 
 namespace tintoral {
@@ -57,6 +59,19 @@ TEST(TcpOpenConnection, FailsAtOnceOrAfterTwoSecondsAndSaysWhy) {
         EXPECT_EQ(errors, row.errors) << row.host;
         EXPECT_GE(took, row.atLeast) << row.host;
         EXPECT_LT(took, row.atMost) << row.host;
+    }
+}
+
+TEST(TcpConnections, SendSmallRequestsAtOnce) {
+    for (const auto& [address, open] :
+         {std::pair("127.0.0.1", &TcpOpenConnection), std::pair("::1", &openTCP6)}) {
+        const test::TcpPeer peer(address, 9100,
+                                 {.received = [](Bytes) { return std::vector<std::uint8_t>(); }});
+        const UniqueFd socket = open(address, 9100);
+        int atOnce = 0;
+        socklen_t size = sizeof atOnce;
+        ::getsockopt(socket.get(), IPPROTO_TCP, TCP_NODELAY, &atOnce, &size);
+        EXPECT_NE(atOnce, 0) << address;
     }
 }
 

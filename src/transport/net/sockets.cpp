@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <ifaddrs.h>
 #include <netdb.h>
+#include <netinet/tcp.h>
 #include <netpacket/packet.h>
 #include <poll.h>
 #include <sys/socket.h>
@@ -97,6 +98,13 @@ const char* connectWithin(int socket, const sockaddr* address, socklen_t size) {
         if (const char* failed = finishConnect(socket)) return failed;
     }
     return setNonBlocking(socket, false) ? nullptr : "TcpOpen:fcntl";
+}
+
+// Requests are small and some come in two sends: the second one is not to wait for the peer's
+// delayed acknowledgement of the first (Nagle's algorithm, RFC 896), which takes 40 ms and more.
+void sendAtOnce(int socket) {
+    const int on = 1;
+    ::setsockopt(socket, IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
 }
 
 // A peer that stops reading may hold up a send no longer than this.
@@ -194,6 +202,7 @@ UniqueFd TcpOpenConnection(const std::string& host, std::uint16_t port) {
         std::perror(failed);
         return {};
     }
+    sendAtOnce(socket.get());
     boundSends(socket.get());
     return socket;
 }
@@ -208,6 +217,7 @@ UniqueFd openTCP6(const std::string& host, std::uint16_t port) {
         UniqueFd socket(::socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
         if (!socket.valid()) return {};
         if (connectWithin(socket.get(), at->ai_addr, at->ai_addrlen) != nullptr) continue;
+        sendAtOnce(socket.get());
         boundSends(socket.get());
         return socket;
     }
