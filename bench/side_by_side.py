@@ -161,8 +161,8 @@ class Bench:
             return
         self.printers_run = True
         self.start(self.ours("tintoral-virtual-printers"))
-        self.start("tests/support/snmp/start_agent.sh", SNMP_ADDRESS, "tools/demo_printer.oids", self.folder / "snmp")
-        self.start("tools/demo_cupsd.sh", self.folder / "cups")
+        self.start("tests/support/snmp/start_agent.sh", SNMP_ADDRESS, "tools/demo/lexmark_c543.oids", self.folder / "snmp")
+        self.start("tools/demo/cupsd.sh", self.folder / "cups")
         run(self.ours("tintoral-demo-home"), "seed", env=self.environment(**self.usb))
         for printer in (SNMP_PRINTER, IPP_PRINTER):
             self.wait_for_levels(printer)

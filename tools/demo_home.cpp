@@ -1,4 +1,4 @@
-// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`,
+// The home folder of the demo: `tintoral-demo-home seed`, `list`, `select ID`, `levels`, `show ID`,
 // `readings ID`. It works on the settings and histories of $HOME through the program's own code.
 #include <algorithm>
 #include <cstdio>
@@ -11,6 +11,7 @@
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
 #include "records/ink_dict.h"
+#include "records/maintenance_items.h"
 #include "records/model_merge.h"
 #include "records/printer_table.h"
 #include "transport/usb/usb_browse.h"
@@ -73,8 +74,8 @@ PrinterRecordPtr bjnpRecord() {
     return recordOfBjnpPrinter(printer);
 }
 
-// The addresses and models are those of tools/virtual_printers.cpp, of the SNMP agent and the
-// cupsd that demo.sh starts.
+// The addresses and models are those of tools/virtual_printers.cpp, of the SNMP agents and
+// the cupsd of tools/demo/printers.sh.
 std::vector<DemoPrinter> demoPrinters() {
     const auto raw = [](const char* address, const char* model) {
         return makeAddressedRecord({address, Connection::RawPort, 9100, model});
@@ -116,6 +117,11 @@ std::vector<DemoPrinter> demoPrinters() {
           "Light Light Black"},
          {79, 60, 36, 63, 47, 27, 50, 70},
          "ESCPL2,BDC,D4"},
+        {raw("127.0.1.20", "HP Officejet Pro K550"),
+         "",
+         {"Black", "Cyan", "Magenta", "Yellow"},
+         {58, 69, 32, 84}},
+        {raw("127.0.1.21", "Brother MFC-8440"), "", {"Black Toner", "Drum Unit"}, {65, 62}},
         {sharedQueueRecord(), "", {"Black Toner"}, {48}},
         {bjnpRecord(),
          "",
@@ -226,6 +232,40 @@ int levels() {
     return 0;
 }
 
+// The connection that carries no maintenance job, in a word.
+std::string_view connectionName(const PrinterRecord& printer) {
+    const std::string kind = printer.text(keys::kind);
+    if (kind.starts_with("bjn")) return "BJNP";
+    return kind.starts_with("ipp") ? "IPP" : "SNMP";
+}
+
+// Whether the person can have the printer cleaned: "yes", or why not.
+std::string cleaningOf(const PrinterRecord& printer) {
+    if (printer.text(keys::nozzleCleaning) != kYes) return "not for this model";
+    if (carriesMaintenance(printer)) return "yes";
+    return "not by " + std::string(connectionName(printer));
+}
+
+std::string levelsOf(const PrinterRecord& printer) {
+    const Dictionary* inkDict = printer.dictionary(keys::inkDict);
+    if (!inkDict) return "none";
+    std::string line;
+    for (const std::string& color :
+         inkDict->texts(keys::colors).value_or(std::vector<std::string>())) {
+        const std::int64_t level = inkDict->integer(color).value_or(0);
+        line += (line.empty() ? "" : " ") + (level < 0 ? "?" : std::to_string(level));
+    }
+    return line;
+}
+
+// Levels and cleaning of one printer, with a tab between.
+int show(std::string_view id) {
+    const PrinterRecordPtr printer = findPrinter(loadPrinterTable(UserDefaults()), id);
+    if (!printer) return 1;
+    std::printf("%s\t%s\n", levelsOf(*printer).c_str(), cleaningOf(*printer).c_str());
+    return 0;
+}
+
 int readings(std::string_view id) {
     const auto history = inkHistory(id);
     std::printf("%zu\n", history ? history->size() : 0);
@@ -238,9 +278,11 @@ int run(int argc, char** argv) {
     if (command == "list") return list();
     if (command == "select" && argc == 3) return select(argv[2]);
     if (command == "levels") return levels();
+    if (command == "show" && argc == 3) return show(argv[2]);
     if (command == "readings" && argc == 3) return readings(argv[2]);
-    std::fputs("usage: tintoral-demo-home seed | list | select ID | levels | readings ID\n",
-               stderr);
+    std::fputs(
+        "usage: tintoral-demo-home seed | list | select ID | levels | show ID | readings ID\n",
+        stderr);
     return 2;
 }
 

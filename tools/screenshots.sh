@@ -84,7 +84,7 @@ announce first.local 127.0.1.16 "First floor" usb_MFG=Canon usb_MDL=iP4300 usb_C
 announce second.local 127.0.1.17 "Second floor" usb_MFG=Canon usb_MDL=MG5200 usb_CMD=IVEC
 announce studio.local 127.0.1.18 "Studio" usb_MFG=EPSON "usb_MDL=Stylus Photo R2400" usb_CMD=ESCPL2,BDC,D4
 "$build/bin/tintoral-virtual-printers" >/dev/null &
-tests/support/snmp/start_agent.sh 127.0.1.14 tools/demo_printer.oids /run/snmp >/dev/null 2>&1 &
+tests/support/snmp/start_agent.sh 127.0.1.14 tools/demo/lexmark_c543.oids /run/snmp >/dev/null 2>&1 &
 sleep 1
 for scale in ${SCALES:-1 2}; do
     start_screen "$scale"

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <deque>
 #include <memory>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -13,6 +14,7 @@
 #include "support/virtual_canon.h"
 #include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
+#include "support/virtual_pjl_hp.h"
 
 namespace tintoral::test {
 namespace {
@@ -56,6 +58,13 @@ TcpScript canon(bool ivec, std::vector<CanonInk> inks) {
         CanonSetup{.ivec = ivec, .inks = std::move(inks), .cleaningUsesInk = true});
 }
 
+// Like this one, a Brother says what it has to say unasked.
+TcpScript brother() {
+    constexpr std::string_view kGreeting = "@PJL USTATUS DEVICE\r\nCODE=10001\r\n\f";
+    return {.received = [](Bytes) { return std::vector<std::uint8_t>(); },
+            .greeting = {kGreeting.begin(), kGreeting.end()}};
+}
+
 struct Place {
     const char* address;
     const char* model;
@@ -79,6 +88,10 @@ std::vector<Place> places() {
          canon(true, {{"PBK", 83}, {"BK", 47}, {"M", 29}, {"C", 92}, {"Y", 66}})},
         {"127.0.1.18", "Epson Stylus Photo R2400, packet mode (D4)",
          d4Epson({{0, 77}, {1, 58}, {2, 33}, {3, 61}, {4, 45}, {5, 24}, {8, 48}, {12, 68}})},
+        {"127.0.1.20", "HP Officejet Pro K550, PML inside PJL; levels by SNMP",
+         printerWith<VirtualPjlHp>(
+             VirtualPjlHp::Texts{"Officejet Pro K550", "black cartridge", "cyan cartridge"})},
+        {"127.0.1.21", "Brother MFC-8440, speaks unasked; levels by SNMP", brother()},
     };
 }
 
@@ -87,6 +100,7 @@ TcpScript baseStation(std::vector<EpsonInk> inks) {
     auto printer =
         std::make_shared<VirtualEpson>(withReply(2, EpsonReply::Binary, std::move(inks)));
     BaseStationSetup setup;
+    setup.deviceID = "MFG:EPSON;CMD:ESCPL2,BDC;MDL:Stylus C86;CLS:PRINTER;SERN:F1A003;";
     setup.printer = [printer](Bytes bytes) { return Transfers{printer->onReceive(bytes)}; };
     return printerWith<VirtualBaseStation>(std::move(setup));
 }

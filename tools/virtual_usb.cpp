@@ -4,15 +4,21 @@
 #include <spawn.h>
 #include <sys/wait.h>
 
+#include <algorithm>
+#include <array>
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <string>
 #include <utility>
 
+#include "support/fixed_text.h"
 #include "support/sim_usb_printer.h"
 #include "support/virtual_canon.h"
 #include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
+#include "support/virtual_mlc_hp.h"
+#include "vendors/hp.h"
 
 namespace tintoral::test {
 namespace {
@@ -41,6 +47,12 @@ SimUsbAnswer canon() {
         [printer](Bytes heard) -> std::vector<ByteVector> { return {printer->onReceive(heard)}; };
 }
 
+ByteVector cleaningRequest() {
+    std::array<std::uint8_t, 128> command{};
+    const std::size_t size = mkHPCleaningCmd("MLC,PCL,PML", command);
+    return {command.begin(), command.begin() + static_cast<std::ptrdiff_t>(size)};
+}
+
 // Empty answers would be packets of length 0 that the printer never sends.
 SimUsbAnswer withoutEmptyTransfers(SimUsbAnswer answer) {
     return [answer = std::move(answer)](Bytes heard) {
@@ -50,26 +62,45 @@ SimUsbAnswer withoutEmptyTransfers(SimUsbAnswer answer) {
     };
 }
 
-void plugIn(SimUsbBus& bus, std::uint16_t vendor, std::uint16_t product, const char* deviceID,
-            SimUsbAnswer answer) {
+SimUsbPrinter& plugIn(SimUsbBus& bus, std::uint16_t vendor, std::uint16_t product,
+                      std::string deviceID) {
     SimUsbSetup setup;
     setup.vendor = vendor;
     setup.product = product;
-    setup.deviceID = deviceID;
-    bus.attach(std::move(setup)).answerWith(withoutEmptyTransfers(std::move(answer)));
+    setup.deviceID = std::move(deviceID);
+    return bus.attach(std::move(setup));
+}
+
+// HP's levels are in its device ID; each cleaning takes 2 percent.
+std::string hpDeviceID(int cleanings) {
+    FixedText<256> deviceID;
+    deviceID.format(
+        "MFG:HP;MDL:Deskjet 940c;CMD:MLC,PCL,PML;CLS:PRINTER;SN:MY31A0;"
+        "VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP%03d,C0,CP%03d;",
+        std::max(37 - 2 * cleanings, 0), std::max(64 - 2 * cleanings, 0));
+    return std::string(deviceID.view());
+}
+
+void plugInHP(SimUsbBus& bus) {
+    SimUsbPrinter& usb = plugIn(bus, 0x03F0, 0x1204, hpDeviceID(0));
+    auto printer = std::make_shared<VirtualMlcHp>();
+    usb.answerWith([printer, &usb](Bytes heard) {
+        auto transfers = printer->transfersFor(heard);
+        const auto cleanings = std::ranges::count(printer->requests(), cleaningRequest());
+        usb.changeDeviceID(hpDeviceID(static_cast<int>(cleanings)));
+        return transfers;
+    });
 }
 
 void plugInAll(SimUsbBus& bus) {
-    plugIn(bus, 0x04B8, 0x0005, "MFG:EPSON;CMD:ESCPL2,BDC;MDL:Stylus C84;CLS:PRINTER;SERN:F1A001;",
-           epson());
+    plugIn(bus, 0x04B8, 0x0005, "MFG:EPSON;CMD:ESCPL2,BDC;MDL:Stylus C84;CLS:PRINTER;SERN:F1A001;")
+        .answerWith(withoutEmptyTransfers(epson()));
     plugIn(bus, 0x04B8, 0x0801,
-           "MFG:EPSON;CMD:ESCPL2,BDC,D4;MDL:Stylus Photo R200;CLS:PRINTER;SERN:F1A002;", d4Epson());
-    plugIn(bus, 0x04A9, 0x10B6, "MFG:Canon;CMD:BJL,BJRaster3,BSCCe;MDL:iP4200;CLS:PRINTER;",
-           canon());
-    plugIn(bus, 0x03F0, 0x3B11,
-           "MFG:HP;MDL:PSC 1350;CMD:MLC,PCL,PML,DW-PCL;CLS:PRINTER;SN:MY31A0;"
-           "VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064;",
-           [](Bytes) { return std::vector<ByteVector>(); });
+           "MFG:EPSON;CMD:ESCPL2,BDC,D4;MDL:Stylus Photo R200;CLS:PRINTER;SERN:F1A002;")
+        .answerWith(withoutEmptyTransfers(d4Epson()));
+    plugIn(bus, 0x04A9, 0x10B6, "MFG:Canon;CMD:BJL,BJRaster3,BSCCe;MDL:iP4200;CLS:PRINTER;")
+        .answerWith(withoutEmptyTransfers(canon()));
+    plugInHP(bus);
 }
 
 // Result: the status of the command, 127 when it cannot be started.

@@ -120,9 +120,17 @@ void DiagWindowController::updateUI() {
     ui_->runButton->setText(running ? QStringLiteral("S&top") : QStringLiteral("&Run again"));
     for (QWidget* button : {ui_->copyButton, ui_->saveButton, ui_->mailButton})
         button->setEnabled(!running);
-    const int place = ui_->reportView->verticalScrollBar()->value();
+    showReport();
+}
+
+// What is read stays where it is; who reads at the end, as at the beginning, sees the report grow.
+void DiagWindowController::showReport() {
+    QScrollBar& bar = *ui_->reportView->verticalScrollBar();
+    const int place = bar.value();
+    constexpr int kNearTheEnd = 3;  // lines: the scroll bar below comes and goes
+    const bool isAtEnd = bar.maximum() - place <= kNearTheEnd;
     ui_->reportView->setPlainText(QString::fromStdString(report()));
-    ui_->reportView->verticalScrollBar()->setValue(place);
+    bar.setValue(isAtEnd ? bar.maximum() : place);
 }
 
 void DiagWindowController::copyReport() const {

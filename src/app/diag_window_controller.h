@@ -52,6 +52,7 @@ class DiagWindowController : public QDialog {
   private:
     void begin();
     void runNext();
+    void showReport();
     bool isRunning() const { return next_ < phases_.size(); }
     void stop();
 

@@ -6,6 +6,7 @@
 #include "support/hex_dump.h"
 #include "transport/net/riousb.h"
 #include "transport/net/riousb_byte_stream.h"
+#include "transport/net/riousb_ink_status.h"
 
 namespace tintoral {
 namespace {
@@ -46,6 +47,17 @@ void readDeviceID(const PrinterRecord& printer, BoundedText& report) {
     sDumpPacket(report, asBytes(deviceID.view()));
 }
 
+// As an update asks; what it learns stays in a copy. It does not ask a printer that is not
+// announced.
+void askForLevels(const PrinterRecord& printer, BoundedText& report) {
+    PrinterRecord copy = printer;
+    copy.set(keys::active, kYes);
+    StatusText status;
+    InkQuantities inks;
+    const int result = riousbGetInkStatus(copy, inks, status);
+    reportLevels(report, result, status, inks);
+}
+
 void diagnose(const PrinterRecord& printer, BoundedText& report) {
     auto connection = openedPrinter(printer, report);
     if (!connection) return;
@@ -57,6 +69,7 @@ void diagnose(const PrinterRecord& printer, BoundedText& report) {
 constexpr std::array kSteps{
     DiagnosticStep{"Opening the printer at the base station", "", openPrinter},
     DiagnosticStep{"Reading the device ID", "", readDeviceID},
+    DiagnosticStep{"Asking for the levels", "", askForLevels},
     DiagnosticStep{"Running the maker's diagnosis", "", diagnose},
 };
 

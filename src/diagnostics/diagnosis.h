@@ -3,7 +3,7 @@
 //
 //   "kind"        phases
 //   "USB"         device ID, levels in each language of the maker, the maker's diagnosis
-//   "rio..."      the same at an AirPort base station
+//   "rio..."      opening, device ID, levels as an update asks for them, the maker's diagnosis
 //   "port..."     connection, levels, the maker's diagnosis, the Printer MIB
 //   "lpd..."      the Printer MIB; for an Epson printer at a base station its remote mode first
 //   "bjn..."      device ID and status over BJNP

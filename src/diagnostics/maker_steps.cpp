@@ -52,12 +52,17 @@ std::size_t maintenanceJobSize(const PrinterRecord& printer, int option) {
 }
 
 void reportMaintenance(const PrinterRecord& printer, BoundedText& report) {
+    const bool carried = carriesMaintenance(printer);
     for (const MaintenanceItem& item : kMaintenanceItems) {
-        const bool listed = printer.text(item.flagKey) == kYes;
         report.append(item.title);
-        report.appendFormat(": %s for this model; the job has %zu bytes, which were not sent\n",
-                            listed ? "listed" : "not listed",
-                            maintenanceJobSize(printer, item.option));
+        if (printer.text(item.flagKey) != kYes) {
+            report.append(": not listed for this model\n");
+        } else if (!carried) {
+            report.append(": listed for this model, but not sent over this connection\n");
+        } else {
+            report.appendFormat(": listed for this model; the job has %zu bytes, not sent now\n",
+                                maintenanceJobSize(printer, item.option));
+        }
     }
 }
 constexpr std::array kMaintenanceSteps{

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "records/maintenance_items.h"
 #include "transport/net/raw_port.h"
 #include "transport/net/riousb_ink_status.h"
 #include "transport/usb/usb_ink_status.h"
@@ -96,12 +97,11 @@ bool levelsAreStale(const PrinterRecord& printer, Date now) {
 }
 
 void sendMaintenance(const PrinterRecord& printer, int option) {
-    const std::string serverType = printer.text(keys::serverType);
-    if (serverType == server_types::usb) return usbNozzleOptions(printer, option);
-    if (serverType != server_types::airPort && serverType != server_types::network) return;
-    const std::string kind = printer.text(keys::kind);
-    if (kind.starts_with("rio")) riousbNozzleOptions(printer, option);
-    if (kind.starts_with("por")) port9100NozzleOptions(printer, option);
+    if (!carriesMaintenance(printer)) return;
+    if (printer.text(keys::serverType) == server_types::usb)
+        return usbNozzleOptions(printer, option);
+    if (printer.text(keys::kind).starts_with("rio")) return riousbNozzleOptions(printer, option);
+    port9100NozzleOptions(printer, option);
 }
 
 }  // namespace tintoral

@@ -41,8 +41,8 @@ StatusLine statusLine(const PrinterRecord* printer);
 // True when the record has levels that are more than ten minutes old.
 bool levelsAreStale(const PrinterRecord& printer, Date now);
 
-// Sends a maintenance command to the printer by its server type and kind; ways without one do
-// nothing.
+// Sends a maintenance command to the printer by its server type and kind; nothing where none is
+// carried (records/maintenance_items.h).
 void sendMaintenance(const PrinterRecord& printer, int option);
 
 }  // namespace tintoral

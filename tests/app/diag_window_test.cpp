@@ -7,6 +7,7 @@
 #include <QGuiApplication>
 #include <QPlainTextEdit>
 #include <QPushButton>
+#include <QScrollBar>
 #include <QTest>
 
 #include "support/temporary_folder.h"
@@ -55,9 +56,14 @@ TEST_F(DiagWindowTest, RunsAllPhasesAndCopiesSavesAndHides) {
     for (const DiagnosticPhase& phase : phases)
         EXPECT_TRUE(report.contains(QString::fromStdString(phase.title))) << phase.title;
     EXPECT_FALSE(report.contains("SECRET77"));
+    QScrollBar& bar = *find<QPlainTextEdit>("reportView").verticalScrollBar();
+    EXPECT_GT(bar.maximum(), 0);
+    EXPECT_EQ(bar.value(), bar.maximum());
 
+    bar.setValue(1);
     find<QCheckBox>("hideSerialNumbers").setChecked(false);
     EXPECT_TRUE(shownReport().contains("SECRET77"));
+    EXPECT_EQ(bar.value(), 1);
     click("copyButton");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), shownReport());
     const test::TemporaryFolder folder;

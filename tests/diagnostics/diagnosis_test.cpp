@@ -9,8 +9,11 @@
 #include "support/virtual_base_station.h"
 #include "support/virtual_bjnp_printer.h"
 #include "support/virtual_canon.h"
+#include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
 #include "support/virtual_ipp_printer.h"
+#include "support/virtual_mlc_hp.h"
+#include "support/virtual_pjl_hp.h"
 
 namespace tintoral {
 namespace {
@@ -48,7 +51,18 @@ bool holds(std::string_view text, std::string_view part) {
 
 template <typename Printer>
 test::TcpScript scriptOf(Printer& printer) {
-    return {[&] { printer.connected(); }, [&](Bytes bytes) { return printer.onReceive(bytes); }};
+    test::TcpScript script{.received = [&](Bytes bytes) { return printer.onReceive(bytes); }};
+    if constexpr (requires { printer.connected(); }) script.opened = [&] { printer.connected(); };
+    return script;
+}
+
+PrinterRecord recordAtStation(std::string_view maker, std::string_view commandSet) {
+    PrinterRecord printer = recordOf("AirPort", "riousb:x", maker);
+    printer.set(keys::hostName, "::1");
+    printer.set(keys::port, 10000);
+    printer.set(keys::usbPrinterName, "usb1");
+    printer.set(keys::usbCmd, commandSet);
+    return printer;
 }
 
 TEST(Diagnosis, PhasesFollowTheConnectionAndTheMaker) {
@@ -64,7 +78,7 @@ TEST(Diagnosis, PhasesFollowTheConnectionAndTheMaker) {
         {"Network", "port9100:10.0.0.1", "EPSON", 13, "Connecting to the raw port"},
         {"Network", "lpd:10.0.0.1", "HP", 8, "Reading the description over SNMP"},
         {"AirPort", "lpd:10.0.0.1", "EPSON", 11, "Connecting to the raw port"},
-        {"AirPort", "riousb:x", "HP", 4, "Opening the printer at the base station"},
+        {"AirPort", "riousb:x", "HP", 5, "Opening the printer at the base station"},
         {"Network", "bjnp:10.0.0.1", "Canon", 3, "Reading the device ID over BJNP"},
         {"Network", "ipp:x", "HP", 9, "Asking for state and markers over IPP"},
         {"Mac cups1.4", "ipp:x", "HP", 2, "Asking for state and markers over IPP"},
@@ -98,12 +112,62 @@ TEST(Diagnosis, EpsonOnTheRawPort) {
     EXPECT_TRUE(epson.jobs().empty());
 }
 
+TEST(Diagnosis, EpsonOnTheD4Channel) {
+    test::TestClock clock;
+    const ScopedClock scope(clock);  // the pauses on the channel
+    test::VirtualD4Epson epson;
+    const test::TcpPeer peer(kAddress, 9100, scriptOf(epson));
+    PrinterRecord printer = recordOf("Network", "port9100:x", "EPSON");
+    printer.set(keys::usbCmd, "ESCPL2,BDC,D4");
+    const std::string levels = reportOf(printer, "D4 channel");
+    EXPECT_TRUE(holds(levels, "Result = 4\nStatus = Idle\n")) << levels;
+    const std::string diagnosis = reportOf(printer, "maker's diagnosis");
+    EXPECT_TRUE(holds(diagnosis, "Epson D4 response = ")) << diagnosis;
+    EXPECT_TRUE(holds(diagnosis, "Number of Ink levels = 4"));
+    EXPECT_EQ(epson.commands(), (std::vector<std::string>{"st", "st"}));
+    EXPECT_FALSE(epson.inPacketMode());
+}
+
 TEST(Diagnosis, CanonOnTheRawPort) {
     test::VirtualCanon canon;
     const test::TcpPeer peer(kAddress, 9100, scriptOf(canon));
     const PrinterRecord printer = recordOf("Network", "port9100:x", "Canon");
     EXPECT_TRUE(holds(reportOf(printer, "Asking for the levels"), "Result = 5\n"));
     EXPECT_TRUE(holds(reportOf(printer, "diagnosis"), "Number of Ink levels = 5"));
+}
+
+TEST(Diagnosis, HPOnTheRawPort) {
+    test::VirtualPjlHp hp({"OJ 6310", "black", "color"});
+    const test::TcpPeer peer(kAddress, 9100, scriptOf(hp));
+    PrinterRecord printer = recordOf("Network", "port9100:x", "HP");
+    const std::string diagnosis = reportOf(printer, "maker's diagnosis");
+    EXPECT_TRUE(holds(diagnosis, "PJL/PML Modelname = 007\n")) << diagnosis;
+    EXPECT_TRUE(holds(diagnosis, "  black\nPJL/PML SUPPLIES DESCRIPTION = 005\n"));
+    EXPECT_TRUE(holds(diagnosis, "  color\n"));
+    EXPECT_TRUE(holds(reportOf(printer, "announced"), "None was announced.\n"));
+    printer.set(keys::usbS, "0000000000000000241000025420000");  // the second pen is cut off
+    EXPECT_TRUE(holds(reportOf(printer, "announced"), "Result = 1\n"));
+    printer.set(keys::usbVStatus, "$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064");
+    EXPECT_TRUE(holds(reportOf(printer, "announced"), "Result = 2\nStatus = Idle\n"));
+}
+
+TEST(Diagnosis, HPAtABaseStation) {
+    test::TestClock clock;
+    const ScopedClock scope(clock);
+    test::VirtualMlcHp hp;
+    test::VirtualBaseStation station(
+        {.printer = [&](Bytes heard) { return hp.transfersFor(heard); },
+         .deviceID = "MFG:HP;MDL:X1;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064;"});
+    const test::TcpPeer peer("::1", 10000, scriptOf(station));
+    const auto diagnosisFor = [](std::string_view commandSet) {
+        return reportOf(recordAtStation("HP", commandSet), "maker's diagnosis");
+    };
+    const std::string diagnosis = diagnosisFor("MLC,PCL,PML");
+    EXPECT_TRUE(holds(diagnosis, "MLC/PML Modelname\n0000  80 00 00 04")) << diagnosis;
+    EXPECT_TRUE(holds(diagnosis, "ck (45)\n"));
+    EXPECT_TRUE(
+        holds(reportOf(recordAtStation("HP", "PCL"), "Asking"), "Result = 2\nStatus = Idle\n"));
+    EXPECT_TRUE(holds(diagnosisFor("PCL"), "no diagnosis is known for the command set = PCL\n"));
 }
 
 TEST(Diagnosis, BrotherIsListenedToOnTheRawPort) {
@@ -135,10 +199,7 @@ TEST(Diagnosis, CanonAtABaseStation) {
     test::VirtualBaseStation station(
         {.printer = test::inOneTransfer(canon), .deviceID = "MFG:Canon;MDL:X1;"});
     const test::TcpPeer peer("::1", 10000, scriptOf(station));
-    PrinterRecord printer = recordOf("AirPort", "riousb:x", "Canon");
-    printer.set(keys::hostName, "::1");
-    printer.set(keys::port, 10000);
-    printer.set(keys::usbPrinterName, "usb1");
+    PrinterRecord printer = recordAtStation("Canon", "");
     const std::string report = reportOf(printer);
     EXPECT_TRUE(holds(report, "Opened in ")) << report;
     EXPECT_TRUE(holds(report, "Device ID = MFG:Canon;MDL:X1;\n"));
@@ -151,11 +212,15 @@ TEST(Diagnosis, PrinterMibIsDumped) {
     if (!test::hasSnmpAgent()) GTEST_SKIP() << "no SNMP agent";
     test::SnmpPrinter served;
     served.supplies = {{"Cyan Toner", 100, 40}};
+    served.deviceID = "MFG:HP;MDL:X1;VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064;";
+    served.furtherObjects = ".1.3.6.1.4.1.2435.2.3.9.4.2.1.5.5.8.0 octet 63 01 04\n";
     const test::SnmpAgent agent(kAddress, served);
-    const std::string report = reportOf(recordOf("Network", "lpd:x", "Acme"));
+    const std::string report = reportOf(recordOf("Network", "lpd:x", "HP"));
     EXPECT_TRUE(holds(report, "Description = Acme Color 100\n")) << report;
     EXPECT_TRUE(holds(report, "0 = Cyan Toner\n"));
     EXPECT_TRUE(holds(report, "oid = 1.3.6.1.2.1.43.11.1.1"));
+    EXPECT_TRUE(holds(report, "Device ID = MFG:HP;MDL:X1;VSTATUS:"));
+    EXPECT_TRUE(holds(report, "oid = 1.3.6.1.4.1.2435.2.3.9.4.2.1.5.5.8.0v = 'c"));
 }
 
 TEST(Diagnosis, StateAndMarkersOverIpp) {
@@ -194,11 +259,14 @@ TEST(Diagnosis, NobodyThereEndsSoonAndSaysSo) {
 }
 
 TEST(Diagnosis, MaintenanceIsLookedUpAndNotRun) {
-    PrinterRecord printer = recordOf("Network", "", "EPSON");
+    PrinterRecord printer = recordOf("Network", "port9100:x", "EPSON");
     printer.set(keys::nozzleCleaning, kYes);
     const std::string report = reportOf(printer, "maintenance");
     EXPECT_TRUE(holds(report, "Nozzle Cleaning: listed for this model; the job has 68 bytes"));
-    EXPECT_TRUE(holds(report, "Print Nozzle Check Pattern: not listed"));
+    EXPECT_TRUE(holds(report, "Print Nozzle Check Pattern: not listed for this model\n"));
+    printer.set(keys::kind, "bjnp:x");
+    EXPECT_TRUE(holds(reportOf(printer, "maintenance"),
+                      "Nozzle Cleaning: listed for this model, but not sent over this"));
 }
 
 }  // namespace

@@ -4,7 +4,9 @@
 #include "support/hardships.h"
 #include "support/sim_usb_printer.h"
 #include "support/test_clock.h"
+#include "support/virtual_d4_epson.h"
 #include "support/virtual_epson.h"
+#include "support/virtual_mlc_hp.h"
 
 namespace tintoral {
 namespace {
@@ -13,12 +15,14 @@ using namespace test;
 
 class UsbDiagnosisTest : public testing::Test {
   protected:
-    SimUsbPrinter& attach() {
-        const SimUsbSetup setup;
+    // With further fields of its device ID.
+    SimUsbPrinter& attach(const std::string& maker = "EPSON", const std::string& fields = "") {
+        SimUsbSetup setup;
+        setup.deviceID = "MFG:" + maker + ";CMD:ESCPL2;MDL:X1;CLS:PRINTER;" + fields;
         record_ = {{"serverType", "USB"},
                    {"kind", "USB"},
-                   {"makerName", "EPSON"},
-                   {"modelName", "Stylus C84"},
+                   {"makerName", maker},
+                   {"modelName", "X1"},
                    {"commandType", "RC"},
                    {"vendorID", int{setup.vendor}},
                    {"productID", int{setup.product}}};
@@ -59,6 +63,40 @@ TEST_F(UsbDiagnosisTest, EpsonIsReadInEachWayAndGivenBack) {
     EXPECT_TRUE(holds(diagnosis, "Number of Ink levels = 4"));
     EXPECT_TRUE(epson.jobs().empty());
     EXPECT_EQ(usb.owner(), "usblp");
+}
+
+TEST_F(UsbDiagnosisTest, EpsonIsReadOnTheD4Channel) {
+    VirtualD4Epson epson;
+    attach().answerWith([&](Bytes heard) { return epson.transfersFor(heard); });
+    record_.set(keys::commandType, "D4");
+    const std::string levels = run(2);
+    EXPECT_TRUE(holds(levels, "Result = 4\nStatus = Idle\n")) << levels;
+    const std::string diagnosis = run(6);
+    EXPECT_TRUE(holds(diagnosis, "Epson D4 response = ")) << diagnosis;
+    EXPECT_TRUE(holds(diagnosis, "Number of Ink levels = 4"));
+    EXPECT_EQ(epson.commands(), (std::vector<std::string>{"st", "st"}));
+    EXPECT_FALSE(epson.inPacketMode());
+}
+
+TEST_F(UsbDiagnosisTest, HPIsReadInItsDeviceIDAndOnTheMlcChannel) {
+    VirtualMlcHp hp;
+    SimUsbPrinter& usb = attach("HP", "VSTATUS:$HB0$NC0,ff,DN,IDLE,CUT,K0,KP037,C0,CP064;");
+    usb.answerWith([&](Bytes heard) { return hp.transfersFor(heard); });
+    record_.set(keys::usbCmd, "MLC,PCL,PML");
+    EXPECT_TRUE(holds(run(2), "Result = 2\nStatus = Idle\n"));
+    const std::string diagnosis = run(3);
+    EXPECT_TRUE(holds(diagnosis, "MLC/PML Modelname\n0000  80 00 00 04")) << diagnosis;
+    EXPECT_TRUE(holds(diagnosis, "ck (45)\n"));
+    EXPECT_EQ(hp.requests().size(), 2U);
+    EXPECT_EQ(usb.owner(), "usblp");
+}
+
+TEST_F(UsbDiagnosisTest, BrotherIsListenedTo) {
+    SimUsbPrinter& usb = attach("Brother");
+    usb.say({'R', 'E', 'A', 'D', 'Y'});
+    const std::string report = run(2);
+    EXPECT_TRUE(holds(report, "Brother status = 005\n0000  52 45 41 44 59")) << report;
+    EXPECT_TRUE(usb.heard().empty());
 }
 
 TEST_F(UsbDiagnosisTest, DeviceIDIsReadWhileAnotherProgramHasThePrinter) {

@@ -16,7 +16,6 @@
 #include <thread>
 #include <vector>
 
-#include "endurance/hurried_waits.h"
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
@@ -25,6 +24,7 @@
 #include "support/snmp_agent.h"
 #include "support/tcp_peer.h"
 #include "support/temporary_folder.h"
+#include "support/time_lapse.h"
 #include "support/virtual_base_station.h"
 #include "support/virtual_bjnp_printer.h"
 #include "support/virtual_canon.h"
@@ -210,7 +210,7 @@ struct Transport {
     const char* name;
     PeerPtr (*peer)();
     PrinterRecord record;
-    long hurry = 1;
+    int hurry = 1;
     bool (*turn)(PrinterRecord&) = update;
     bool (*isHere)() = [] { return true; };
 };
@@ -255,7 +255,7 @@ bool measure(const Transport& transport, int turns) {
     HurriedClock clock;
     const ScopedClock scope(clock);
     PrinterRecord printer = transport.record;
-    hurryWaits(transport.hurry);
+    startTimeLapse(transport.hurry);
     return repeat(transport.name, std::min(turns, kMostWarmUp), turns, 0, [&] {
         clock.advance(10min);
         return transport.turn(printer);

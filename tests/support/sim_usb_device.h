@@ -57,6 +57,7 @@ class SimUsbDevice {
 
     ByteVector descriptors() const;
     const SimUsbSetup& setup() const { return setup_; }
+    void changeDeviceID(std::string deviceID) { setup_.deviceID = std::move(deviceID); }
 
     // Results are those of the kernel: 0 or more, or a negative errno.
     long claim(Client client, unsigned interface);

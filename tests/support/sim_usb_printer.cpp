@@ -483,6 +483,11 @@ void SimUsbPrinter::holdElsewhere(bool held) {
     impl_->device.heldElsewhere = held;
 }
 
+void SimUsbPrinter::changeDeviceID(std::string deviceID) {
+    const std::lock_guard lock(impl_->mutex);
+    impl_->device.changeDeviceID(std::move(deviceID));
+}
+
 void SimUsbPrinter::refuseAccess() {
     ::chmod(impl_->nodePath.c_str(), 0);
 }

@@ -34,6 +34,7 @@ class SimUsbPrinter {
     void unplug();
     void holdElsewhere(bool held);  // another program has claimed its interfaces
     void refuseAccess();            // nobody but root may open the node any more
+    void changeDeviceID(std::string deviceID);
 
     std::string owner() const;  // of interface 0: "usbfs" for a program, a driver, or nobody
     std::uint8_t alternate() const;

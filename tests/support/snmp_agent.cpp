@@ -44,6 +44,7 @@ std::string objectsOf(const SnmpPrinter& printer) {
         writeSupply(out, printer.supplies[i], i + 1);
     if (!printer.deviceID.empty())
         out << ".1.3.6.1.4.1.11.2.3.9.1.1.7.0 string " << printer.deviceID << "\n";
+    out << printer.furtherObjects;
     return out.str();
 }
 

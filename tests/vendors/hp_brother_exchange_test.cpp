@@ -4,6 +4,7 @@
 #include "support/hex_dump.h"
 #include "support/tcp_peer.h"
 #include "support/virtual_mlc_hp.h"
+#include "support/virtual_pjl_hp.h"
 #include "vendors/brother_exchange.h"
 #include "vendors/hp.h"
 #include "vendors/hp_exchange.h"
@@ -28,17 +29,6 @@ std::string dumpOf(std::string_view text) {
     return std::string(dump.view());
 }
 
-// Answers each request of the PJL diagnosis by what it is.
-std::string_view answerTo(Bytes request) {
-    for (int index = 0; index < kHPDiagnosticRequests; ++index) {
-        std::array<std::uint8_t, 128> expected;
-        const Bytes known = Bytes(expected).first(mkHPDiagnosticRequest(index, expected));
-        if (std::ranges::equal(request, known))
-            return std::array{"model", "black", "color"}.at(static_cast<std::size_t>(index));
-    }
-    return "unknown";
-}
-
 TEST(HPExchange, CleaningIsTheCommandAlone) {
     std::string heard;
     test::TcpPeer peer(kAddress, kPort, {.received = [&](Bytes bytes) {
@@ -52,8 +42,9 @@ TEST(HPExchange, CleaningIsTheCommandAlone) {
 }
 
 TEST(HPExchange, PjlDiagnosisReportsEachAnswer) {
+    const test::VirtualPjlHp printer({"model", "black", "color"});
     test::TcpPeer peer(kAddress, kPort,
-                       {.received = [](Bytes bytes) { return bytesOf(answerTo(bytes)); }});
+                       {.received = [&](Bytes bytes) { return printer.onReceive(bytes); }});
     DumpText report;
     EXPECT_EQ(tcpHPDiagnose(kAddress, kPort, report), 0);
     EXPECT_EQ(report.view(), "PJL/PML Modelname = 005\n" + dumpOf("model") +

@@ -1,5 +1,5 @@
 #!/bin/bash
-# demo_cupsd.sh FOLDER: becomes a cupsd on 127.0.0.1:631 with one queue, "office", whose printer has told its supplies.
+# cupsd.sh FOLDER: becomes a cupsd on 127.0.0.1:631 with one queue, "office", whose printer has told its supplies.
 # Run as root of a user namespace, where ports below 1024 may be bound; cupsd itself runs as another user.
 set -e
 if [ "$1" != --inside ]; then
@@ -12,7 +12,7 @@ Accepting Yes
 Location Second floor
 Attribute marker-types toner
 Attribute marker-names Black Toner
-Attribute marker-colors #000000
+Attribute marker-colors \#000000
 Attribute marker-levels 46
 </Printer>
 QUEUE
