@@ -152,7 +152,7 @@ struct IppPeer final : Peer {
 
 struct SnmpPeer final : Peer {
     SnmpAgent agent{kEpsonAddress,
-                    {.supplies = {{"Black", 70, 35}, {"Cyan", 100, 50}}, .deviceID = {}}};
+                    {.supplies = {{"Black", 70, 35}, {"Cyan", 100, 50}}}};
 };
 
 struct BjnpPeer final : Peer {

@@ -22,8 +22,8 @@ struct SnmpPrinter {
     int status = 3;             // hrPrinterStatus: 3 idle, 4 printing, 5 warm-up
     std::string errors = "00";  // hrPrinterDetectedErrorState as hex bytes
     std::vector<SnmpSupply> supplies;
-    std::string deviceID;        // HP's object; none when empty
-    std::string furtherObjects;  // lines as serve_oids.pl reads them
+    std::string deviceID = {};        // HP's object; none when empty
+    std::string furtherObjects = {};  // lines as serve_oids.pl reads them
 };
 
 // False where no agent is installed.
