@@ -45,10 +45,17 @@ class MainWindow : public testing::Test {
     // Starts the program (again) on the same home.
     void start() {
         controller_.reset();
-        controller_.emplace(sources_);
+        PrinterSources sources = sources_;
+        isPainted_ = false;
+        sources.startBonjour = [this] {
+            isPainted_ = true;
+            if (sources_.startBonjour) sources_.startBonjour();
+        };
+        controller_.emplace(std::move(sources));
         controller_->awakeFromNib();
         controller_->myWindow().show();
-        QTest::qWait(20);  // painted, and all that comes after it
+        // What comes after the first painting begins with this and is done when the loop is back.
+        ASSERT_TRUE(QTest::qWaitFor([this] { return isPainted_; }));
     }
 
     static PrinterRecordPtr printerAt(const std::string& host) {
@@ -79,6 +86,7 @@ class MainWindow : public testing::Test {
     test::TestClock clock_;
     ScopedClock scopedClock_{clock_};
     PrinterSources sources_;
+    bool isPainted_ = false;
     test::VirtualEpson epson_;
     std::optional<test::TcpPeer> peer_;
     std::optional<AppController> controller_;
@@ -148,13 +156,14 @@ TEST_F(MainWindow, SaysWhatIsWrongWithTheSettingsUntilItIsNot) {
               "The settings could not be read; they are kept as " + file.string() + ".damaged");
     start();
     EXPECT_EQ(controller_->myWindow().findChild<QLabel*>("saveNotice"), nullptr);
+    const int width = controller_->myWindow().width();
     std::filesystem::remove_all(home_ / "config");
     test::writeFile(home_ / "config", "in the way");
     choose(printerAt("127.0.0.1"));
     const auto& notice = find<QLabel>("saveNotice");
     EXPECT_EQ(notice.text(), "Levels and settings cannot be saved: Not a directory");
     EXPECT_TRUE(notice.isVisible());
-    EXPECT_EQ(controller_->myWindow().width(), 440);
+    EXPECT_EQ(controller_->myWindow().width(), width);
     EXPECT_EQ(contentHeight(), 422 - 6 * 25);
     std::filesystem::remove(home_ / "config");
     QTest::mouseClick(&updateButton(), Qt::LeftButton);
