@@ -4,8 +4,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 build=$1
 shift
-mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files 'src/*.cpp' 'src/*.h' 'bench/*.cpp' 'tests/*.cpp' \
-    'tests/*.h' 'tools/*.cpp' 'tools/*.h'; fi)
+mapfile -t files < <(if [ $# -gt 0 ]; then printf '%s\n' "$@"; else git ls-files '*.cpp' '*.h'; fi)
 
 echo "Formatting of ${#files[@]} files"
 clang-format-14 --dry-run --Werror "${files[@]}"
@@ -17,4 +16,4 @@ tools/layers.py
 mapfile -t sources < <(printf '%s\n' "${files[@]}" | grep '\.cpp$' | grep -v '^bench/')
 echo "clang-tidy on ${#sources[@]} sources"
 printf '%s\0' "${sources[@]}" | xargs -0 -n 1 -P "$(nproc)" clang-tidy-14 -p "$build" --quiet \
-    --header-filter "^$PWD/(src|tests|tools)/" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter' >&2)
+    --header-filter "^$PWD/(src|simulators|tests|tools)/" 2> >(grep -v 'warnings generated\|Suppressed\|Use -header-filter' >&2)

@@ -8,13 +8,13 @@
 #include <utility>
 #include <vector>
 
-#include "support/tcp_peer.h"
-#include "support/virtual_base_station.h"
-#include "support/virtual_bjnp_printer.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_pjl_hp.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_base_station.h"
+#include "simulators/virtual_bjnp_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_pjl_hp.h"
 
 namespace tintoral::test {
 namespace {

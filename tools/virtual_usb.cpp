@@ -12,12 +12,12 @@
 #include <string>
 #include <utility>
 
+#include "simulators/sim_usb_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "support/fixed_text.h"
-#include "support/sim_usb_printer.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_mlc_hp.h"
 #include "vendors/hp.h"
 
 namespace tintoral::test {

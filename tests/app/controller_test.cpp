@@ -22,11 +22,11 @@
 #include "app/printer_list_model.h"
 #include "history/ink_history_store.h"
 #include "monitor/address_probe.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_epson.h"
 #include "support/notification_server.h"
-#include "support/tcp_peer.h"
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
-#include "support/virtual_epson.h"
 
 namespace tintoral {
 namespace {

@@ -5,10 +5,10 @@
 #include <array>
 #include <thread>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "support/byte_streams.h"
-#include "support/tcp_peer.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_mlc_hp.h"
 #include "transport/channels/d4.h"
 #include "transport/channels/d4_epson.h"
 #include "transport/channels/pml_exchange.h"

@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "ink/ink_quantities.h"
+#include "simulators/virtual_d4_epson.h"
 #include "support/byte_streams.h"
-#include "support/virtual_d4_epson.h"
 #include "transport/channels/d4_epson.h"
 #include "vendors/epson.h"
 

@@ -5,9 +5,9 @@
 
 #include <array>
 
+#include "simulators/virtual_mlc_hp.h"
 #include "support/byte_streams.h"
 #include "support/unique_fd.h"
-#include "support/virtual_mlc_hp.h"
 #include "transport/channels/pml_exchange.h"
 
 namespace tintoral {

@@ -2,18 +2,18 @@
 
 #include <gtest/gtest.h>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_base_station.h"
+#include "simulators/virtual_bjnp_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_ipp_printer.h"
+#include "simulators/virtual_mlc_hp.h"
+#include "simulators/virtual_pjl_hp.h"
 #include "support/measure.h"
 #include "support/snmp_agent.h"
-#include "support/tcp_peer.h"
 #include "support/test_clock.h"
-#include "support/virtual_base_station.h"
-#include "support/virtual_bjnp_printer.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_ipp_printer.h"
-#include "support/virtual_mlc_hp.h"
-#include "support/virtual_pjl_hp.h"
 
 namespace tintoral {
 namespace {

@@ -1,12 +1,12 @@
 #include <gtest/gtest.h>
 
 #include "diagnostics/diagnosis.h"
+#include "simulators/sim_usb_printer.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "support/hardships.h"
-#include "support/sim_usb_printer.h"
 #include "support/test_clock.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_mlc_hp.h"
 
 namespace tintoral {
 namespace {

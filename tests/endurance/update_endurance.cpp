@@ -19,19 +19,19 @@
 #include "history/ink_history_store.h"
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
+#include "simulators/sim_usb_printer.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_base_station.h"
+#include "simulators/virtual_bjnp_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_ipp_printer.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "support/footprint.h"
-#include "support/sim_usb_printer.h"
 #include "support/snmp_agent.h"
-#include "support/tcp_peer.h"
 #include "support/temporary_folder.h"
 #include "support/time_lapse.h"
-#include "support/virtual_base_station.h"
-#include "support/virtual_bjnp_printer.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_ipp_printer.h"
-#include "support/virtual_mlc_hp.h"
 #include "vendors/epson.h"
 
 namespace tintoral {
@@ -151,8 +151,7 @@ struct IppPeer final : Peer {
 };
 
 struct SnmpPeer final : Peer {
-    SnmpAgent agent{kEpsonAddress,
-                    {.supplies = {{"Black", 70, 35}, {"Cyan", 100, 50}}}};
+    SnmpAgent agent{kEpsonAddress, {.supplies = {{"Black", 70, 35}, {"Cyan", 100, 50}}}};
 };
 
 struct BjnpPeer final : Peer {

@@ -6,7 +6,7 @@
 #include "monitor/address_probe.h"
 #include "netproto/bjnp.h"
 #include "netproto/snmp.h"
-#include "support/virtual_bjnp_printer.h"
+#include "simulators/virtual_bjnp_printer.h"
 
 namespace tintoral::hostile {
 namespace {

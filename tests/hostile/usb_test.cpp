@@ -3,11 +3,11 @@
 #include <thread>
 
 #include "hostile/hostile.h"
-#include "support/sim_usb_printer.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_mlc_hp.h"
+#include "simulators/sim_usb_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "transport/usb/usb_ink_status.h"
 #include "vendors/epson.h"
 

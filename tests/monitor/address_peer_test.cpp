@@ -1,8 +1,8 @@
 #include <gtest/gtest.h>
 
 #include "monitor/address_probe.h"
-#include "support/tcp_peer.h"
-#include "support/virtual_canon.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_canon.h"
 
 namespace tintoral {
 namespace {

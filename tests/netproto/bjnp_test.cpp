@@ -5,9 +5,9 @@
 #include <algorithm>
 
 #include "netproto/record_bjnp.h"
+#include "simulators/virtual_bjnp_printer.h"
 #include "support/byte_streams.h"
 #include "support/measure.h"
-#include "support/virtual_bjnp_printer.h"
 
 namespace tintoral {
 namespace {

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <ctime>
 
-#include "support/tcp_peer.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_http_server.h"
 #include "support/temporary_folder.h"
 #include "support/test_clock.h"
-#include "support/virtual_http_server.h"
 
 namespace tintoral {
 namespace {

@@ -4,8 +4,8 @@
 #include <gtest/gtest.h>
 
 #include "netproto/record_ipp.h"
+#include "simulators/virtual_ipp_printer.h"
 #include "support/cups_server.h"
-#include "support/virtual_ipp_printer.h"
 
 namespace tintoral {
 namespace {

@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include "simulators/udp_peer.h"
 #include "support/snmp_agent.h"
-#include "support/udp_peer.h"
 
 namespace tintoral {
 namespace {

@@ -6,17 +6,12 @@
 #include <string>
 #include <vector>
 
+#include "simulators/hex_bytes.h"
+#include "simulators/virtual_packet_printer.h"
 #include "support/test_clock.h"
-#include "support/virtual_packet_printer.h"
 #include "vendors/transport_io.h"
 
 namespace tintoral::test {
-
-// Upper-case hex, without blanks.
-std::string hexOf(Bytes bytes);
-
-// The bytes of hex digits; blanks are skipped.
-ByteVector bytesOfHex(std::string_view hex);
 
 // Transfers that wait to be read, and all that went either way. A transfer that is longer than the
 // read is read on by the next one.

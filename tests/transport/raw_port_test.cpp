@@ -4,12 +4,12 @@
 
 #include <numeric>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
 #include "support/snmp_agent.h"
-#include "support/tcp_peer.h"
 #include "support/test_clock.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
 #include "vendors/epson.h"
 #include "vendors/epson_exchange.h"
 

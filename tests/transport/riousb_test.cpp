@@ -4,14 +4,14 @@
 
 #include <algorithm>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_base_station.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
 #include "support/byte_streams.h"
 #include "support/measure.h"
-#include "support/tcp_peer.h"
 #include "support/test_clock.h"
-#include "support/virtual_base_station.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
 #include "transport/net/riousb_ink_status.h"
 #include "vendors/epson.h"
 

@@ -8,8 +8,8 @@
 #include <csignal>
 #include <thread>
 
-#include "support/tcp_peer.h"
-#include "support/udp_peer.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/udp_peer.h"
 
 namespace tintoral {
 namespace {

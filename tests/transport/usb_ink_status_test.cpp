@@ -4,12 +4,12 @@
 
 #include "monitor/record_rules.h"
 #include "monitor/update_cycle.h"
-#include "support/sim_usb_printer.h"
+#include "simulators/sim_usb_printer.h"
+#include "simulators/virtual_canon.h"
+#include "simulators/virtual_d4_epson.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_mlc_hp.h"
 #include "support/test_clock.h"
-#include "support/virtual_canon.h"
-#include "support/virtual_d4_epson.h"
-#include "support/virtual_epson.h"
-#include "support/virtual_mlc_hp.h"
 
 namespace tintoral {
 namespace {

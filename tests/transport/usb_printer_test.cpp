@@ -6,10 +6,10 @@
 #include <filesystem>
 #include <thread>
 
+#include "simulators/sim_usb_printer.h"
+#include "simulators/virtual_d4_epson.h"
 #include "support/hardships.h"
-#include "support/sim_usb_printer.h"
 #include "support/test_clock.h"
-#include "support/virtual_d4_epson.h"
 #include "transport/channels/d4.h"
 #include "transport/channels/d4_epson.h"
 #include "transport/usb/usb_browse.h"

@@ -2,9 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include "support/tcp_peer.h"
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_canon.h"
 #include "support/test_clock.h"
-#include "support/virtual_canon.h"
 #include "transport/net/sockets.h"
 
 namespace tintoral {

@@ -1,10 +1,10 @@
 // Epson's D4 exchanges and the diagnosis; the remote-mode inquiry is tested with the raw port.
 #include <gtest/gtest.h>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_d4_epson.h"
 #include "support/hex_dump.h"
-#include "support/tcp_peer.h"
 #include "support/test_clock.h"
-#include "support/virtual_d4_epson.h"
 #include "transport/channels/d4_epson.h"
 #include "transport/net/sockets.h"
 #include "vendors/epson.h"

@@ -1,10 +1,10 @@
 #include <gtest/gtest.h>
 
+#include "simulators/tcp_peer.h"
+#include "simulators/virtual_mlc_hp.h"
+#include "simulators/virtual_pjl_hp.h"
 #include "support/byte_streams.h"
 #include "support/hex_dump.h"
-#include "support/tcp_peer.h"
-#include "support/virtual_mlc_hp.h"
-#include "support/virtual_pjl_hp.h"
 #include "vendors/brother_exchange.h"
 #include "vendors/hp.h"
 #include "vendors/hp_exchange.h"

@@ -1,10 +1,10 @@
-#include "support/sim_usb_device.h"
+#include "simulators/sim_usb_device.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <set>
 
-#include "support/byte_streams.h"
+#include "simulators/hex_bytes.h"
 
 namespace tintoral::test {
 namespace {

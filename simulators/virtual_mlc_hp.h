@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "support/virtual_packet_printer.h"
+#include "simulators/virtual_packet_printer.h"
 
 namespace tintoral::test {
 

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-#include "support/sim_usb_device.h"
+#include "simulators/sim_usb_device.h"
 
 namespace tintoral::test {
 

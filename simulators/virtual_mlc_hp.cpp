@@ -1,4 +1,4 @@
-#include "support/virtual_mlc_hp.h"
+#include "simulators/virtual_mlc_hp.h"
 
 #include <array>
 #include <string_view>

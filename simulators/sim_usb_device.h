@@ -10,11 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "simulators/hex_bytes.h"
 #include "support/byte_reader.h"
 
 namespace tintoral::test {
-
-using ByteVector = std::vector<std::uint8_t>;
 
 // An alternate setting of an interface. Its bulk pipes are 01 and 82, for interface 1 03 and 84 and
 // so on.

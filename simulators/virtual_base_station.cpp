@@ -1,4 +1,4 @@
-#include "support/virtual_base_station.h"
+#include "simulators/virtual_base_station.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "support/virtual_http_server.h"
+#include "simulators/virtual_http_server.h"
 
 #include <sys/socket.h>
 
@@ -7,7 +7,7 @@
 #include <numeric>
 #include <utility>
 
-#include "support/tcp_peer.h"
+#include "simulators/tcp_peer.h"
 #include "transport/net/sockets.h"
 
 namespace tintoral::test {

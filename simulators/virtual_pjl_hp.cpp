@@ -1,4 +1,4 @@
-#include "support/virtual_pjl_hp.h"
+#include "simulators/virtual_pjl_hp.h"
 
 #include <algorithm>
 

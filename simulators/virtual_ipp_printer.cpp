@@ -1,4 +1,4 @@
-#include "support/virtual_ipp_printer.h"
+#include "simulators/virtual_ipp_printer.h"
 
 #include <utility>
 

@@ -1,4 +1,4 @@
-#include "support/udp_peer.h"
+#include "simulators/udp_peer.h"
 
 #include <poll.h>
 #include <sys/socket.h>

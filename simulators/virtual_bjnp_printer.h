@@ -15,7 +15,7 @@
 #include <string>
 #include <vector>
 
-#include "support/udp_peer.h"
+#include "simulators/udp_peer.h"
 #include "transport/net/sockets.h"
 
 namespace tintoral::test {

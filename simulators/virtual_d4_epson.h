@@ -9,8 +9,8 @@
 #include <utility>
 #include <vector>
 
-#include "support/virtual_epson.h"
-#include "support/virtual_packet_printer.h"
+#include "simulators/virtual_epson.h"
+#include "simulators/virtual_packet_printer.h"
 
 namespace tintoral::test {
 

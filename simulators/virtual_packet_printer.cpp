@@ -1,4 +1,4 @@
-#include "support/virtual_packet_printer.h"
+#include "simulators/virtual_packet_printer.h"
 
 #include <algorithm>
 #include <iterator>

@@ -1,4 +1,4 @@
-#include "support/virtual_d4_epson.h"
+#include "simulators/virtual_d4_epson.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,4 +1,4 @@
-#include "support/virtual_canon.h"
+#include "simulators/virtual_canon.h"
 
 #include <algorithm>
 

@@ -1,4 +1,4 @@
-#include "support/virtual_epson.h"
+#include "simulators/virtual_epson.h"
 
 #include <algorithm>
 #include <cstdio>

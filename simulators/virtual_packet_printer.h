@@ -10,11 +10,10 @@
 #include <string>
 #include <vector>
 
+#include "simulators/hex_bytes.h"
 #include "support/byte_reader.h"
 
 namespace tintoral::test {
-
-using ByteVector = std::vector<std::uint8_t>;
 
 enum class CreditHabit {
     Grants,           // one packet for each request

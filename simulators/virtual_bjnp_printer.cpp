@@ -1,4 +1,4 @@
-#include "support/virtual_bjnp_printer.h"
+#include "simulators/virtual_bjnp_printer.h"
 
 #include <array>
 #include <utility>

@@ -1,4 +1,4 @@
-#include "support/tcp_peer.h"
+#include "simulators/tcp_peer.h"
 
 #include <netdb.h>
 #include <poll.h>

@@ -1,4 +1,4 @@
-#include "support/sim_usb_printer.h"
+#include "simulators/sim_usb_printer.h"
 
 #include <fcntl.h>
 #include <link.h>
@@ -19,7 +19,7 @@
 #include <mutex>
 #include <stdexcept>
 
-#include "support/byte_streams.h"
+#include "simulators/hex_bytes.h"
 #include "support/unique_fd.h"
 
 namespace tintoral::test {

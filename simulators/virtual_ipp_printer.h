@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "support/virtual_http_server.h"
+#include "simulators/virtual_http_server.h"
 
 namespace tintoral::test {
 
