@@ -4,7 +4,6 @@
 
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
-#include <QtWidgets/QApplication>
 
 #include "app/dock_icon.h"
 #include "app/graph3d_view.h"
@@ -90,11 +89,3 @@ BENCHMARK_CAPTURE(chart3d, InMotion, false)->Arg(1)->Arg(2)->Unit(benchmark::kMi
 
 }  // namespace
 }  // namespace tintoral
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}

@@ -3,7 +3,6 @@
 
 #include <QtGui/QImage>
 #include <QtGui/QPainter>
-#include <QtWidgets/QApplication>
 
 #include "app/graph_view.h"
 #include "history/history_csv.h"
@@ -121,11 +120,3 @@ BENCHMARK(exportCsv)->Unit(benchmark::kMillisecond);
 
 }  // namespace
 }  // namespace tintoral
-
-int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    const QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    benchmark::RunSpecifiedBenchmarks();
-    return 0;
-}

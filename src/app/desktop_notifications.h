@@ -1,5 +1,5 @@
 // Bubbles of the desktop: org.freedesktop.Notifications on the session bus (Desktop Notifications
-// Specification 1.2).
+// 1.2 of freedesktop.org).
 //
 // Every call returns at once; what the server answers comes over the main loop. Without a bus or a
 // server nothing is shown, and nothing is said about it but failed().
