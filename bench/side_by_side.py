@@ -25,6 +25,7 @@ READY = 20  # seconds, until a server answers
 
 FILTERS = pathlib.Path("/usr/lib/cups/filter")
 FILTER_PPD = "/usr/share/ppd/cupsfilters/pxlmono.ppd"
+SNMP_AGENTS = {"127.0.1.14": "lexmark_c543", "127.0.1.20": "hp_officejet_pro_k550", "127.0.1.21": "brother_mfc_8440"}
 SNMP_ADDRESS = "127.0.1.14"
 SNMP_PRINTER = f"Network:Lexmark C543 ({SNMP_ADDRESS})"
 SNMP_TABLES = ("1.3.6.1.2.1.25.3.5.1", "1.3.6.1.2.1.43.11.1.1")  # hrPrinter, prtMarkerSupplies
@@ -161,7 +162,8 @@ class Bench:
             return
         self.printers_run = True
         self.start(self.ours("tintoral-virtual-printers"))
-        self.start("tests/support/snmp/start_agent.sh", SNMP_ADDRESS, "tools/demo/lexmark_c543.oids", self.folder / "snmp")
+        for address, printer in SNMP_AGENTS.items():
+            self.start("tests/support/snmp/start_agent.sh", address, f"tools/demo/{printer}.oids", self.folder / printer)
         self.start("tools/demo/cupsd.sh", self.folder / "cups")
         run(self.ours("tintoral-demo-home"), "seed", env=self.environment(**self.usb))
         for printer in (SNMP_PRINTER, IPP_PRINTER):
