@@ -288,7 +288,8 @@ WAYS = {  # what the demo's printers stand for, by the start of their id
     "Network:Canon MG": "raw port, Canon IVEC", "Network:EPSON AcuLaser": "raw port, Epson laser",
     "Network:EPSON Stylus Photo R300": "raw port, Epson RC0", "Network:EPSON Stylus CX6400": "raw port, Epson RC1",
     "Network:EPSON Stylus Photo R800": "raw port, Epson RC", "Network:EPSON Stylus Photo R2400": "raw port, Epson D4",
-    "Network:Lexmark": "Printer MIB (SNMP)", "Mac:": "IPP", "BJNP:": "BJNP", "AirPort:": "base station"}
+    "Network:Lexmark": "Printer MIB (SNMP)", "Network:HP": "SNMP, HP device ID", "Network:Brother": "SNMP, two supplies",
+    "Mac:": "IPP", "BJNP:": "BJNP", "AirPort:": "base station"}
 
 
 def way_of(printer_id):
