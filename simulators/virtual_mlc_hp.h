@@ -11,7 +11,7 @@ namespace tintoral::test {
 
 class VirtualMlcHp final : public VirtualPacketPrinter {
   public:
-    explicit VirtualMlcHp(PacketHabits habits = {}) : VirtualPacketPrinter(std::move(habits)) {}
+    explicit VirtualMlcHp(PacketHabits habits = {}) : VirtualPacketPrinter(habits) {}
 
     const std::vector<ByteVector>& requests() const { return requests_; }
 

@@ -45,7 +45,7 @@ class VirtualPacketPrinter {
     const PacketHabits& habits() const { return habits_; }
 
   protected:
-    explicit VirtualPacketPrinter(PacketHabits habits) : habits_(std::move(habits)) {}
+    explicit VirtualPacketPrinter(PacketHabits habits) : habits_(habits) {}
 
     // Takes what is no packet from the start of `heard`; true when a packet may follow.
     virtual bool takeText(std::string& heard) = 0;

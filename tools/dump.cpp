@@ -135,13 +135,13 @@ struct Kind {
     bool (*dump)(Bytes);
 };
 constexpr std::array kKinds{
-    Kind{"epson", "status reply: \"@BDC ST...\" or \"@EJL STATUS CODE=...\"", dumpEpson},
+    Kind{"epson", R"(status reply: "@BDC ST..." or "@EJL STATUS CODE=...")", dumpEpson},
     Kind{"canon", "status reply, from behind its two bytes of length", dumpCanon},
     Kind{"bjnp", "payload of a BJNP status reply, with its two bytes of length", dumpBjnp},
-    Kind{"dws", "warnings: \"DWS:...;\"", dumpWarnings},
-    Kind{"hp-id", "device ID with \"VSTATUS:\" or \"S:\"", dumpHPDeviceID},
-    Kind{"hp-vstatus", "\"VSTATUS:\" field", dumpVStatus},
-    Kind{"hp-s", "\"S:\" field", dumpSStatus},
+    Kind{"dws", R"(warnings: "DWS:...;")", dumpWarnings},
+    Kind{"hp-id", R"(device ID with "VSTATUS:" or "S:")", dumpHPDeviceID},
+    Kind{"hp-vstatus", R"("VSTATUS:" field)", dumpVStatus},
+    Kind{"hp-s", R"("S:" field)", dumpSStatus},
     Kind{"device-id", "device ID of any maker (IEEE 1284)", dumpDeviceID},
     Kind{"pml", "reply on the MLC channel", dumpPml},
     Kind{"ipp", "IPP request, from its first byte (behind HTTP's headers)", dumpIppRequest},

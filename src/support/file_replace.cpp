@@ -83,7 +83,7 @@ UniqueFd makeTemporary(std::string& name) {
         if (!taken && ::fstat(fd.get(), &info) == 0 && info.st_nlink > 0) return fd;
     }  // another process took it for abandoned before it was locked
     errno = EBUSY;
-    return UniqueFd();
+    return {};
 }
 
 }  // namespace
