@@ -47,8 +47,7 @@ class Flood {
         QObject::connect(&center, &NotificationCenter::VTBonjourPrinterRemoved, &receiver_,
                          [this] { ++removed_; });
         QObject::connect(&sending_, &QTimer::timeout, &receiver_, [this] { send(); });
-        QObject::connect(&beat_, &QTimer::timeout, &receiver_,
-                         [this] { longestPause_ = std::max(longestPause_, sinceBeat_.restart()); });
+        QObject::connect(&beat_, &QTimer::timeout, &receiver_, [this] { beat(); });
         window_.startBonjourBrowser();
         window_.showWindow();
         sinceBeat_.start();

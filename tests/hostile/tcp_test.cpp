@@ -66,13 +66,15 @@ std::vector<BadManners> mannersFor(const Protocol& protocol) {
 // The peers behind which such a printer stands.
 std::vector<Hardship> peersOf(const std::function<TcpScript()>& printer, const Protocol& protocol) {
     std::vector<Hardship> all;
-    for (auto [name, manners] : mannersFor(protocol))
-        all.push_back({name, [=, onIpv6 = protocol.onIpv6](const Place& place, int honest) mutable {
-                           manners.honestAnswers = honest;
-                           return std::make_shared<test::TcpPeer>(onIpv6 ? "::1" : place.ipv4,
-                                                                  onIpv6 ? place.ipv6Port : 9100,
-                                                                  printer(), manners);
-                       }});
+    for (const BadManners& bad : mannersFor(protocol)) {
+        const auto peer = [=, manners = bad.manners, onIpv6 = protocol.onIpv6](const Place& place,
+                                                                               int honest) mutable {
+            manners.honestAnswers = honest;
+            return std::make_shared<test::TcpPeer>(
+                onIpv6 ? "::1" : place.ipv4, onIpv6 ? place.ipv6Port : 9100, printer(), manners);
+        };
+        all.push_back({bad.name, peer});
+    }
     return all;
 }
 

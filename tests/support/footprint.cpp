@@ -90,7 +90,7 @@ bool repeat(const char* what, int warmUp, int turns, std::size_t slackBytes,
             const std::function<bool()>& turn) {
     if (!doTurns(what, warmUp, turn)) return false;
     const Footprint before = footprint();
-    const auto start = std::chrono::system_clock::now();  // hurryWaits() leaves it alone
+    const auto start = std::chrono::system_clock::now();  // a time lapse leaves it alone
     if (!doTurns(what, turns, turn)) return false;
     const std::chrono::duration<double> took = std::chrono::system_clock::now() - start;
     const Footprint after = footprint();
