@@ -14,6 +14,7 @@
 #include <QSysInfo>
 #include <QUrl>
 
+#include "app/shown_text.h"
 #include "app/wait_cursor.h"
 #include "support/text.h"
 #include "ui_Diagnosis.h"
@@ -53,8 +54,7 @@ DiagWindowController::~DiagWindowController() = default;
 
 void DiagWindowController::setPrinterDict(const PrinterRecord& printer) {
     printer_ = printer;
-    setWindowTitle(QStringLiteral("Diagnose ") +
-                   QString::fromStdString(cleanText(printer.text(keys::printerId))));
+    setWindowTitle(QStringLiteral("Diagnose ") + shownText(printer.text(keys::printerId)));
     show();
     raise();
     activateWindow();

@@ -10,8 +10,8 @@
 namespace tintoral {
 
 // While it lives, the first of these signals closes the window as soon as the main loop runs: an
-// update that is under way is finished and kept. A second one ends the program at once. A signal
-// that the program was started to ignore (nohup) stays ignored. One object per program.
+// update that is under way is finished and kept. The same one again ends the program at once. A
+// signal that the program was started to ignore (nohup) stays ignored. One object per program.
 class EndSignals {
   public:
     explicit EndSignals(QWidget& window);

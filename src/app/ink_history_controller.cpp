@@ -13,10 +13,10 @@
 #include <algorithm>
 
 #include "app/graph3d_view.h"
+#include "app/shown_text.h"
 #include "history/history_csv.h"
 #include "history/ink_history_store.h"
 #include "history/monthly_levels.h"
-#include "support/text.h"
 #include "ui_InkHistory.h"
 
 namespace tintoral {
@@ -36,8 +36,7 @@ bool standsBefore(const Title& a, const Title& b, const QCollator& order) {
 std::vector<Title> sortedTitles() {
     std::vector<Title> titles;
     for (const std::string& name : printersWithHistory()) {
-        titles.push_back(
-            {QString::fromStdString(cleanText(name)), QByteArray::fromStdString(name)});
+        titles.push_back({shownText(name), QByteArray::fromStdString(name)});
     }
     const QLocale own;  // the C locale would sort by bytes
     QCollator order(own == QLocale::c() ? QLocale(QLocale::English) : own);
@@ -50,7 +49,7 @@ std::vector<Title> sortedTitles() {
 
 // A printer's name as the name of a file that every system takes.
 QString fileNameFor(const std::string& printerId) {
-    QString name = QString::fromStdString(cleanText(printerId));
+    QString name = shownText(printerId);
     for (QChar& c : name) {
         if (QStringLiteral("/\\:*?\"<>|").contains(c)) c = QLatin1Char('-');
     }

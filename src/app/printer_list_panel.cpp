@@ -7,9 +7,9 @@
 
 #include "app/notification_center.h"
 #include "app/row_delegate.h"
+#include "app/shown_text.h"
 #include "app/table_layout.h"
 #include "monitor/record_rules.h"
-#include "support/text.h"
 #include "ui_PrinterList.h"
 
 namespace tintoral {
@@ -188,7 +188,7 @@ void PrinterListPanel::forgetButtonPressed() {
     const PrinterRecordPtr printer = chosenPrinter();
     if (!printer) return;
     const std::string printerId = printer->text(keys::printerId);
-    if (mayForget(QString::fromStdString(cleanText(printerId)))) actions_.forget(printerId);
+    if (mayForget(shownText(printerId))) actions_.forget(printerId);
 }
 
 bool PrinterListPanel::mayForget(const QString& name) {

@@ -5,8 +5,8 @@
 #include <QPalette>
 #include <algorithm>
 
+#include "app/shown_text.h"
 #include "monitor/record_rules.h"
-#include "support/text.h"
 
 namespace tintoral {
 namespace {
@@ -85,7 +85,7 @@ bool isSameEntry(const PrinterRecord& a, const PrinterRecord& b) {
 PrinterTableModel::Row PrinterTableModel::makeRow(const PrinterRecordPtr& printer) {
     Row row{printer, {}, QString::fromStdString(refusalToSelect(*printer))};
     for (std::size_t column = 0; column < row.cells.size(); ++column)
-        row.cells[column] = QString::fromStdString(cleanText(kColumnRules[column].text(*printer)));
+        row.cells[column] = shownText(kColumnRules[column].text(*printer));
     return row;
 }
 

@@ -7,7 +7,7 @@
 #include <QStyle>
 #include <memory>
 
-#include "support/text.h"
+#include "app/shown_text.h"
 
 namespace tintoral {
 namespace {
@@ -41,16 +41,13 @@ void announce(QLabel& notice) {
 }
 
 QString noticeOf(const UserDefaults& defaults) {
-    const auto shown = [](const std::string& text) {
-        return QString::fromStdString(cleanText(text));
-    };
     if (!defaults.saveFailure().empty()) {
         return QStringLiteral("Levels and settings cannot be saved: %1")
-            .arg(shown(defaults.saveFailure()));
+            .arg(shownText(defaults.saveFailure()));
     }
     if (defaults.keptAside().empty()) return {};
     return QStringLiteral("The settings could not be read; they are kept as %1")
-        .arg(shown(defaults.keptAside().string()));
+        .arg(shownText(defaults.keptAside().string()));
 }
 
 }  // namespace

@@ -9,7 +9,7 @@
 #include <optional>
 #include <span>
 
-#include "support/text.h"
+#include "app/shown_text.h"
 
 namespace tintoral {
 namespace {
@@ -306,7 +306,7 @@ Scene3D makeScene(const MonthlyLevels& table, const std::vector<QColor>& colors,
     Scene3D scene;
     scene.theme = theme;
     for (const std::string& ink : table.inks) {
-        scene.inks << QString::fromStdString(cleanText(ink));
+        scene.inks << shownText(ink);
     }
     for (const auto month : table.months) scene.months << monthText(month);
     if (scene.inks.isEmpty() || scene.months.isEmpty()) return scene;

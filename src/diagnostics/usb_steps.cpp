@@ -6,7 +6,6 @@
 #include "transport/usb/usb_ink_status.h"
 #include "transport/usb/usb_permission.h"
 #include "transport/usb/usb_printer.h"
-#include "vendors/epson.h"
 
 namespace tintoral {
 namespace {

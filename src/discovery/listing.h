@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "netproto/bjnp.h"
+#include "netproto/bjnp_packets.h"
 #include "records/printer_record.h"
 #include "transport/usb/usb_printer_info.h"
 

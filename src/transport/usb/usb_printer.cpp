@@ -7,6 +7,7 @@
 
 #include "support/clock.h"
 #include "transport/usb/usb_permission.h"
+#include "transport/usb/usb_requests.h"
 
 namespace tintoral {
 namespace {

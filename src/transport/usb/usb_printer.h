@@ -33,7 +33,6 @@
 #include "transport/usb/libusb_pointers.h"
 #include "transport/usb/usb_interfaces.h"
 #include "transport/usb/usb_printer_info.h"
-#include "transport/usb/usb_requests.h"
 
 namespace tintoral {
 
