@@ -269,21 +269,5 @@ TEST_F(Browser, AnEmptyListSaysWhatToDo) {
     EXPECT_FALSE(hint->isVisible());
 }
 
-TEST_F(Browser, TwoThousandPrintersComeAndGo) {
-    show();
-    QElapsedTimer watch;
-    watch.start();
-    PrinterTable many;
-    for (int i = 0; i < 2000; ++i) {
-        many.push_back(rawPort("printer " + std::to_string(i)));
-        found(many.back());
-        if (i % 20 == 0) QCoreApplication::processEvents();
-    }
-    EXPECT_TRUE(waitForRows(2000));
-    for (const PrinterRecordPtr& printer : many) removed(printer);
-    EXPECT_TRUE(waitForRows(0));
-    EXPECT_LT(watch.elapsed(), 10000);
-}
-
 }  // namespace
 }  // namespace tintoral

@@ -1,9 +1,7 @@
 // The channels on real TCP connections to virtual printers.
 #include <gtest/gtest.h>
-#include <sys/socket.h>
 
 #include <array>
-#include <thread>
 
 #include "simulators/tcp_peer.h"
 #include "simulators/virtual_d4_epson.h"
@@ -54,27 +52,6 @@ TEST(ChannelsOnTcp, AnHpAnswersWithinItsChannel) {
     EXPECT_EQ(response.value.text.view(), "black (45)");
     EXPECT_EQ(channel->sendCredit, 2);
     EXPECT_EQ(MLCclose(channel), 0);
-}
-
-TEST(ChannelsOnTcp, APrinterThatTalksWithoutEndIsLeft) {
-    std::array<int, 2> ends{};
-    ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
-    const UniqueFd program(ends[0]);
-    const UniqueFd printer(ends[1]);
-    std::jthread talk([&](const std::stop_token& stop) {
-        const ByteVector other = bytesOfHex("0505000700 0041");
-        while (!stop.stop_requested()) {
-            ::send(printer.get(), other.data(), other.size(), MSG_NOSIGNAL);
-            std::this_thread::sleep_for(100ms);
-        }
-    });
-    D4Channel channel(TcpSocket{program.get()});
-    channel.maxHostBound = 200;
-    std::array<std::uint8_t, kD4PayloadRoom> buffer{};
-    std::size_t length = 0;
-    const auto start = Steady::now();
-    EXPECT_EQ(D4read(channel, buffer, length), -1);
-    EXPECT_LT(Steady::now() - start, 6s);
 }
 
 }  // namespace
