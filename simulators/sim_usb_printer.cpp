@@ -240,6 +240,7 @@ long Impl::onRelease(UMockdevIoctlClient* client) {
     return device.release(client, valueOf<unsigned>(client));
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): one of a table
 long Impl::onGetDriver(UMockdevIoctlClient* client) {
     const IoctlData data = argument(client, sizeof(usbdevfs_getdriver));
     auto& request = contentOf<usbdevfs_getdriver>(data);
@@ -286,9 +287,10 @@ long Impl::onSubmit(UMockdevIoctlClient* client) {
         control ? device.control(client, urb.buffer()) : device.checkPipe(client, content.endpoint);
     if (result < 0 && (!control || result == -EBUSY || result == kLater)) return result;
     flying.push_back(std::move(urb));
-    if (control)
+    if (control) {
         finish(std::prev(flying.end()), static_cast<int>(std::min(result, 0L)),
                static_cast<std::size_t>(std::max(result, 0L)));
+    }
     pump();
     return 0;
 }
@@ -547,7 +549,7 @@ struct SimUsbBus::Testbed {
             umockdev_testbed_get_root_dir(umockdev), g_free);
         return root.get() + below;
     }
-    void add(const std::string& node, UMockdevIoctlBase* handler, const std::string& record) {
+    void add(const std::string& node, UMockdevIoctlBase* handler, const std::string& record) const {
         if (umockdev_testbed_attach_ioctl(umockdev, ("/dev/" + node).c_str(), handler, nullptr) ==
                 FALSE ||
             umockdev_testbed_add_from_string(umockdev, record.c_str(), nullptr) == FALSE)

@@ -87,7 +87,7 @@ UniqueFd acceptClient(int listener) {
 
 TcpPeer::TcpPeer(const std::string& address, std::uint16_t port, TcpScript script,
                  TcpManners manners)
-    : socket_(listenOn(address, port)), script_(std::move(script)), manners_(manners) {
+    : socket_(listenOn(address, port)), script_(std::move(script)), manners_(std::move(manners)) {
     thread_ = std::jthread([this](const std::stop_token& stop) { serve(stop); });
 }
 
@@ -103,7 +103,7 @@ TcpManners TcpPeer::manners() const {
 
 void TcpPeer::setManners(TcpManners manners) {
     const std::lock_guard lock(mutex_);
-    manners_ = manners;
+    manners_ = std::move(manners);
 }
 
 bool TcpPeer::waitForClients(int count, milliseconds timeout) {

@@ -123,7 +123,7 @@ void VirtualBaseStation::onWrite(const Request& request, std::string& answer) {
 std::string VirtualBaseStation::nextData(const Request& request) {
     if (data_.empty()) return "";
     const std::size_t wanted = ByteReader(request.payload).be32();
-    const std::string all = std::move(data_.front());
+    std::string all = std::move(data_.front());
     data_.pop_front();
     if (setup_.ignoresBytesWanted || all.size() <= wanted) return all;
     data_.push_front(all.substr(wanted));

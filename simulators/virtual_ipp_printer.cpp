@@ -17,8 +17,9 @@ std::string encoded(const IppAttribute& attribute) {
     std::string all;
     for (const std::string& value : attribute.values) {
         const std::string name = all.empty() ? attribute.name : "";
-        all += static_cast<char>(attribute.tag) + big16(name.size()) + name + big16(value.size()) +
-               value;
+        all += static_cast<char>(attribute.tag);
+        all += big16(name.size()) + name;
+        all += big16(value.size()) + value;
     }
     return all;
 }
