@@ -20,6 +20,7 @@
 #include "vendors/canon.h"
 #include "vendors/epson.h"
 #include "vendors/hp.h"
+#include "vendors/maintenance.h"
 #include "vendors/transport_io.h"
 
 namespace tintoral {
@@ -75,42 +76,23 @@ int queryCanon(const InkQuery& query) {
     return -1;
 }
 
-using JobBuilder = std::size_t (*)(MutableBytes buffer, std::string_view model);
-
-// What a maker's printers can be sent; null: nothing.
 struct Maker {
     std::string_view name;
-    JobBuilder cleaning;
-    JobBuilder selfTest;
     int (*inkQuery)(const InkQuery& query);
 };
+constexpr Maker kMakers[] = {{makers::epson, queryEpson}, {makers::canon, queryCanon}};
 
-constexpr Maker kMakers[] = {
-    {"EPSON",
-     [](MutableBytes buffer, std::string_view model) {
-         return mkEpsonNozzleOption(buffer, model, kOptionCleaning);
-     },
-     [](MutableBytes buffer, std::string_view model) {
-         return mkEpsonNozzleOption(buffer, model, kOptionNozzleCheck);
-     },
-     queryEpson},
-    {"Canon",
-     [](MutableBytes buffer, std::string_view) {
-         return mkCanonNozzleOption(buffer, kOptionCleaning);
-     },
-     [](MutableBytes buffer, std::string_view) {
-         return mkCanonNozzleOption(buffer, kOptionNozzleCheck);
-     },
-     queryCanon},
-    {"HP", [](MutableBytes buffer, std::string_view) { return mkHPCleaningCmd("PJL,PML", buffer); },
-     nullptr, nullptr},
-};
+// HP's printers are only told to clean.
+std::size_t mkJob(const FilterPrinter& printer, int option, MutableBytes buffer) {
+    if (printer.maker != makers::hp)
+        return mkNozzleOption(printer.maker, printer.model, option, buffer);
+    return option == kOptionCleaning ? mkHPCleaningCmd("PJL,PML", buffer) : 0;
+}
 
-void sendJob(const FilterPrinter& printer, JobBuilder Maker::*job, const FilterPorts& ports) {
-    const auto* maker = std::ranges::find(kMakers, std::string_view(printer.maker), &Maker::name);
-    if (maker == std::end(kMakers) || !(maker->*job)) return;
+void sendJob(const FilterPrinter& printer, int option, const FilterPorts& ports) {
     Buffer buffer{};
-    sendToPrinter(ports, Bytes(buffer).first((maker->*job)(buffer, printer.model)));
+    const std::size_t size = mkJob(printer, option, buffer);
+    if (size > 0) sendToPrinter(ports, Bytes(buffer).first(size));
 }
 
 std::vector<std::string> knownColors(const Dictionary* printer) {
@@ -213,8 +195,8 @@ int getInkStatusByBackend(std::string_view maker, std::string_view model,
                           std::string_view commandSet, std::string_view commandType,
                           InkQuantities& record, BoundedText& status, const FilterPorts& ports) {
     for (const Maker& row : kMakers) {
-        if (!row.inkQuery || !maker.starts_with(row.name)) continue;
-        return row.inkQuery({model, commandSet, commandType, record, status, ports});
+        if (maker.starts_with(row.name))
+            return row.inkQuery({model, commandSet, commandType, record, status, ports});
     }
     return -1;
 }
@@ -261,11 +243,11 @@ void CommandFilter::obey(std::string_view line) {
 }
 
 void CommandFilter::clean() {
-    sendJob(printer_, &Maker::cleaning, ports_);
+    sendJob(printer_, kOptionCleaning, ports_);
 }
 
 void CommandFilter::printSelfTestPage() {
-    sendJob(printer_, &Maker::selfTest, ports_);
+    sendJob(printer_, kOptionNozzleCheck, ports_);
 }
 
 void CommandFilter::reportLevels() {

@@ -91,8 +91,8 @@ int ReportLevels(const Dictionary* printer, std::string_view printerId,
 
 // Sends the maker's status request, and for a D4 printer reads the reply into `record` and
 // `status`, which the caller clears. `commandSet` is the "CMD:" list of the device ID;
-// `commandType` is "D4", "RC0", "RC1" or another. Takes 500 ms for Epson and Canon. Result: the
-// number of entries, or -1, also wherever no reply is read (all but D4).
+// `commandType` is "D4", "RC0", "RC1" or another. Takes 500 ms for Canon and for Epson but D4.
+// Result: the number of entries, or -1, also wherever no reply is read (all but D4).
 int getInkStatusByBackend(std::string_view maker, std::string_view model,
                           std::string_view commandSet, std::string_view commandType,
                           InkQuantities& record, BoundedText& status,

@@ -34,14 +34,25 @@ constexpr Option kOptions[] = {
     {"--version", "Tintoral " TINTORAL_VERSION "\n"},
 };
 
-// Options that the toolkit takes out of the window's arguments, with one dash or two and the value
-// as the next argument, of some after "=". A session manager starts us with "session".
+// Options that the toolkit takes out of the window's arguments, with one dash or two; the value is
+// the next argument, of some also what stands behind "=". A session manager starts us with
+// "session".
 constexpr std::string_view kToolkitOptions[] = {
-    "display", "geometry", "name", "platform", "qwindowgeometry", "session", "style", "stylesheet"};
+    "display",         "geometry",           "icon",         "name",
+    "platform",        "platformpluginpath", "plugin",       "platformtheme",
+    "qwindowgeometry", "qwindowicon",        "qwindowtitle", "session",
+    "style",           "stylesheet",         "title"};
+constexpr std::string_view kToolkitSwitches[] = {"dograb", "nograb", "reverse", "widgetcount"};
 
-bool isForToolkit(std::string_view argument) {
+enum class Toolkit { Nothing, Option, OptionAndValue };
+
+// What the toolkit takes of this argument, which begins with a dash, and the next one.
+Toolkit takenByToolkit(std::string_view argument) {
     argument.remove_prefix(argument.starts_with("--") ? 2 : 1);
-    return std::ranges::count(kToolkitOptions, argument.substr(0, argument.find('='))) > 0;
+    if (std::ranges::count(kToolkitSwitches, argument) > 0) return Toolkit::Option;
+    const std::size_t end = argument.find('=');
+    if (std::ranges::count(kToolkitOptions, argument.substr(0, end)) == 0) return Toolkit::Nothing;
+    return end == std::string_view::npos ? Toolkit::OptionAndValue : Toolkit::Option;
 }
 
 constexpr int kUsageError = 2;
@@ -53,8 +64,13 @@ int refuse(std::string_view argument) {
 
 // The exit status when one of the arguments is an option that ends the program.
 std::optional<int> answerOptions(std::span<char* const> arguments) {
-    for (const std::string_view argument : arguments) {
-        if (!argument.starts_with('-') || isForToolkit(argument)) continue;
+    for (std::size_t i = 0; i < arguments.size(); ++i) {
+        const std::string_view argument = arguments[i];
+        if (!argument.starts_with('-')) continue;
+        if (const Toolkit takes = takenByToolkit(argument); takes != Toolkit::Nothing) {
+            if (takes == Toolkit::OptionAndValue) ++i;
+            continue;
+        }
         const auto* option = std::ranges::find(kOptions, argument, &Option::name);
         if (option == std::end(kOptions)) return refuse(argument);
         std::fputs(option->text, stdout);

@@ -56,12 +56,4 @@ std::optional<std::size_t> bisearch(Bytes buffer, std::string_view needle) {
     return index;
 }
 
-std::size_t convSPtoPercent(BoundedText& output, std::string_view input) {
-    output.clear();
-    for (const char& character : input) {
-        output.append(character == ' ' ? std::string_view("%20") : std::string_view(&character, 1));
-    }
-    return output.size();
-}
-
 }  // namespace tintoral

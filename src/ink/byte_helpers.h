@@ -30,7 +30,4 @@ std::int32_t b2i(Bytes bytes);
 // needle that ends at the buffer's very last byte is not found.
 std::optional<std::size_t> bisearch(Bytes buffer, std::string_view needle);
 
-// Copies `input` into `output` with every space written as "%20". Result: the length of the output.
-std::size_t convSPtoPercent(BoundedText& output, std::string_view input);
-
 }  // namespace tintoral

@@ -47,12 +47,14 @@ std::error_code fillAndFlush(int fd, std::string_view content) {
     return ::fsync(fd) == 0 ? std::error_code{} : lastError();
 }
 
-// A writer holds a lock on its file; the lock of one that was killed died with it.
-bool isAbandoned(const std::filesystem::path& file) {
+// A writer holds a lock on its file; the lock of one that was killed died with it. The file is
+// removed under the lock: a writer that has just made it sees that when it gets the lock.
+void removeIfAbandoned(const std::filesystem::path& file) {
     const UniqueFd fd(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOFOLLOW));
     struct stat info {};
-    return fd.valid() && ::fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode) &&
-           info.st_uid == ::geteuid() && ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0;
+    if (fd.valid() && ::fstat(fd.get(), &info) == 0 && S_ISREG(info.st_mode) &&
+        info.st_uid == ::geteuid() && ::flock(fd.get(), LOCK_EX | LOCK_NB) == 0)
+        ::unlink(file.c_str());
 }
 
 bool isTemporaryName(std::string_view name) {
@@ -65,7 +67,7 @@ void removeAbandoned(const std::filesystem::path& folder) {
     std::filesystem::directory_iterator entry(folder, error);
     for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
         const auto& file = entry->path();
-        if (isTemporaryName(file.filename().native()) && isAbandoned(file)) ::unlink(file.c_str());
+        if (isTemporaryName(file.filename().native())) removeIfAbandoned(file);
     }
 }
 

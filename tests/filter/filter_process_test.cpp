@@ -76,7 +76,8 @@ TEST_F(FilterProcessTest, OptionsOfNobodyAreRefusedBeforeAnythingIsLoaded) {
     for (const char* unknown : {"-x", "--bogus", "x -", "--helpful", "--stylish --version"}) {
         expectOneLine(run("DISPLAY=:0", unknown), "unknown option '", 2);
     }
-    for (const char* known : {"-session 1_2", "--platform offscreen", "-style=fusion"}) {
+    for (const char* known :
+         {"-session 1_2", "--platform offscreen", "-style=fusion", "-reverse", "-geometry -0-0"}) {
         expectOneLine(run("", known), "no display");
     }
 }
