@@ -36,7 +36,7 @@ the rule that lets those who sit at the computer talk to its USB printers.")
 
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME ${window_package})
 set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "${core_package} (= ${PROJECT_VERSION}), hicolor-icon-theme")
-set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS avahi-daemon)
+set(CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS "avahi-daemon, libnss-mdns")
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SUGGESTS qt6-wayland)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_CONTROL_EXTRA
     ${CMAKE_CURRENT_SOURCE_DIR}/window/postinst ${CMAKE_CURRENT_SOURCE_DIR}/window/postrm)

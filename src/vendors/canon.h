@@ -37,8 +37,9 @@ static_assert(kCanonIvecStatusRequest.size() == 358);
 bool canonSpeaksIvec(std::string_view commandSet);
 
 // The status request for a model (exact name); a model outside the table gets the default list of
-// fields. For a command set with "IVEC" only the length of the XML document (358) is returned and
-// the buffer is left as it was, as meant: clear it before you send it.
+// fields. For a command set with "IVEC" only the length of the XML document (358) is returned,
+// whatever the buffer's size, and the buffer is left as it was, as meant: clear it before you send
+// it.
 std::size_t mkCanonStatusInquire(std::string_view model, MutableBytes buffer,
                                  std::string_view commandSet);
 

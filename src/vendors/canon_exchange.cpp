@@ -19,6 +19,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kReplyPause{500};
 constexpr milliseconds kReceiveTimeout{500};
 constexpr int kFurtherReceives = 8;
+constexpr std::string_view kXmlStart = "<?xml";
 constexpr std::size_t kLengthPrefix = 2;
 constexpr std::size_t kFirstIvecReceive = 512;
 
@@ -65,7 +66,7 @@ Bytes receivePlainReply(const IoHandle& handle, Reply& storage) {
 Bytes receiveIvecReply(const IoHandle& handle, Reply& storage) {
     Collector reply(handle, storage);
     reply.receiveUpTo(kFirstIvecReceive);
-    if (!reply.contains("<?xml")) return {};
+    if (!reply.contains(kXmlStart)) return reply.bytes();
     for (int left = kFurtherReceives; left > 0 && !reply.contains("</cmd>"); --left) {
         if (!reply.receiveUpTo(storage.size())) break;
     }
@@ -80,6 +81,12 @@ Bytes receiveReply(const IoHandle& handle, std::string_view commandSet, Reply& s
     Command command{};
     ioSend(handle, Bytes(command).first(mkCanonExitCmd(command)));
     return reply;
+}
+
+// Where an XML document is expected anything else counts as no reply.
+bool isReply(Bytes received, std::string_view commandSet) {
+    return canonSpeaksIvec(commandSet) ? asText(received).find(kXmlStart) != std::string_view::npos
+                                       : !received.empty();
 }
 
 int parseReply(Bytes reply, BoundedText& status, InkQuantities& record) {
@@ -105,8 +112,9 @@ int tcpCanonInquiry(const std::string& host, std::uint16_t port, std::string_vie
     }
     Reply storage{};
     const Bytes reply = receiveReply(TcpSocket{socket.get()}, commandSet, storage);
+    if (!isReply(reply, commandSet)) return 0;
     if (dump != nullptr) sDumpPacket(*dump, reply);
-    return reply.empty() ? 0 : parseReply(reply, status, record);
+    return parseReply(reply, status, record);
 }
 
 int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_view commandSet,
@@ -117,7 +125,7 @@ int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_v
     const Bytes reply = receiveReply(handle, commandSet, storage);
     const int received = static_cast<int>(reply.size());
     report.appendFormat("Canon response = %03d\n", received);
-    if (reply.empty()) return 0;
+    if (!isReply(reply, commandSet)) return received;
     StatusText status;
     InkQuantities record;
     sdumpInkQuantities(report, parseReply(reply, status, record), record);

@@ -39,7 +39,7 @@ int tcpCanonInquiry(const std::string& host, std::uint16_t port, std::string_vie
                     BoundedText* dump);
 
 // The same exchange on an open connection, for the diagnostics report: appends "Canon response =
-// NNN" with the bytes received and, when there are any, the levels as sdumpInkQuantities() puts
+// NNN" with the bytes received and, when they are a reply, the levels as sdumpInkQuantities() puts
 // them. Result: the bytes received, 0 when none came.
 int canonDiagnose0(const IoHandle& handle, std::string_view model, std::string_view commandSet,
                    BoundedText& report);

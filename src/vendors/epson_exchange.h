@@ -24,7 +24,7 @@ int tcpEpsonRCInquiry(const std::string& host, std::uint16_t port, int variant, 
 // Asks once on the D4 control channel (d4_epson.h), after draining what the printer has queued for
 // up to 200 ms. `dump` gets the length of the reply and its hex dump appended; it may be null.
 // Result: the number of inks; -1 when the printer could not be reached or gave no reply that holds
-// a known status.
+// a known status; without a channel `status` keeps what it held.
 int tcpEpsonD4Inquiry(const std::string& host, std::uint16_t port, BoundedText& status,
                       InkQuantities& record, BoundedText* dump);
 
@@ -34,7 +34,8 @@ int tcpEpsonD4NozzleOption(const std::string& host, std::uint16_t port, int opti
 
 // One inquiry on an open connection for the diagnostics report, on the D4 control channel or in
 // remote mode as `commandType` says (with the drain, the pauses and the waits of
-// tcpEpsonRCInquiry(), 5.8 s at the most; on TCP each of its two sends may take up to 2 s more).
+// tcpEpsonRCInquiry(): 3.8 s at the most, 5.8 s at a base station; each of its two sends may add
+// the time-out of its transport).
 // Appends "Epson D4 response = NNN" with the command type and the bytes received; when there are
 // any, their hex dump, the status text and the levels. Result: the bytes received, 0 when none
 // came.

@@ -111,14 +111,17 @@ std::int8_t threeDigits(std::string_view text) {
     return static_cast<std::int8_t>(level);
 }
 
-// The pen as it goes into the record, or nothing when the field does not report it.
-std::optional<InkEntry> findPen(std::string_view field, const PenWords& words) {
+// Writes the pen that the field reports into its entry, which stays as it was when the level is
+// missing, as meant. Result: whether there is such a pen.
+bool readPen(std::string_view field, const PenWords& words, InkEntry& entry) {
     if (containsAny(field, words.present)) {
         const auto level = textAfter(field, words.levelTag);
-        return level ? InkEntry{words.emptyPen.colorID, threeDigits(*level)} : InkEntry{};
+        if (level) entry = {words.emptyPen.colorID, threeDigits(*level)};
+        return true;
     }
-    if (containsAny(field, words.empty)) return words.emptyPen;
-    return std::nullopt;
+    const bool isEmpty = containsAny(field, words.empty);
+    if (isEmpty) entry = words.emptyPen;
+    return isEmpty;
 }
 
 // Where the pen data start in an "S:" field, or nothing for an unknown version.
@@ -188,19 +191,12 @@ int parseHPDeviceID(std::string_view deviceID, BoundedText& status, InkQuantitie
 }
 
 int parseVStatus(std::string_view field, InkQuantities& record, BoundedText& status) {
-    record.clear();
     for (const StateWord& state : kStateWords) {
         if (field.find(state.word) != std::string_view::npos) status.assign(state.text);
     }
-    int count = 0;
-    if (const auto pen = findPen(field, kBlackPen)) {
-        count = 1;
-        record.entries[0] = *pen;
-    }
-    if (const auto pen = findPen(field, kColorPen)) {
-        ++count;
-        record.entries[1] = *pen;  // also when no black pen was counted, as meant
-    }
+    int count = readPen(field, kBlackPen, record.entries[0]) ? 1 : 0;
+    // The second entry also when no black pen was counted, as meant.
+    if (readPen(field, kColorPen, record.entries[1])) ++count;
     record.count = static_cast<std::int8_t>(count);
     return count;
 }

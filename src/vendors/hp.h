@@ -33,10 +33,9 @@ namespace tintoral {
 int parseHPDeviceID(std::string_view deviceID, BoundedText& status, InkQuantities& record);
 
 // The "VSTATUS:" field: the last known state word sets the status text (none leaves it), "K" the
-// black pen and "C" the colour pen. The record is cleared first. As meant, the colour pen is always
-// the second entry, also where it is the only one counted. A level has up to three digits, its low
-// byte is kept; a pen whose level is missing counts as an empty entry. Result: the number of pens,
-// 0 to 2.
+// black pen and "C" the colour pen. As meant, the colour pen is always the second entry, also where
+// it is the only one counted, and an entry keeps what it held when its pen or its level is missing.
+// A level has up to three digits, its low byte is kept. Result: the number of pens, 0 to 2.
 int parseVStatus(std::string_view field, InkQuantities& record, BoundedText& status);
 
 // The "S:" field, with or without its leading ";S:" or "S:". The status text is left alone but for

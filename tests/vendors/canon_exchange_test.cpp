@@ -101,6 +101,15 @@ TEST(CanonExchange, LevelsThenWarningsAndOnlyThoseInShortReplies) {
     }
 }
 
+std::string diagnosis(std::string_view commandSet) {
+    test::TestClock clock;
+    const ScopedClock scope(clock);
+    DumpText report("Before\n");
+    const UniqueFd socket = TcpOpenConnection(kAddress, kPort);
+    canonDiagnose0(TcpSocket{socket.get()}, "iP4300", commandSet, report);
+    return std::string(report.view());
+}
+
 TEST(CanonExchange, NobodyThereOrSomebodyElse) {
     testing::internal::CaptureStderr();
     EXPECT_EQ(Inquiry(false).result, -1);
@@ -114,6 +123,7 @@ TEST(CanonExchange, NobodyThereOrSomebodyElse) {
     EXPECT_EQ(inquiry.result, 0);
     EXPECT_EQ(inquiry.status.view(), "before");
     EXPECT_TRUE(inquiry.dump.empty());
+    EXPECT_EQ(diagnosis("IVEC"), "Before\nCanon response = 016\n");
 }
 
 TEST(CanonExchange, NoMoreInksThanTheRecordHolds) {
@@ -121,15 +131,6 @@ TEST(CanonExchange, NoMoreInksThanTheRecordHolds) {
     const Inquiry inquiry(false);
     EXPECT_EQ(inquiry.result, 20);
     EXPECT_EQ(inquiry.entries(), std::vector<InkEntry>(20, {7, 9}));
-}
-
-std::string diagnosis(std::string_view commandSet) {
-    test::TestClock clock;
-    const ScopedClock scope(clock);
-    DumpText report("Before\n");
-    const UniqueFd socket = TcpOpenConnection(kAddress, kPort);
-    canonDiagnose0(TcpSocket{socket.get()}, "iP4300", commandSet, report);
-    return std::string(report.view());
 }
 
 TEST(CanonExchange, DiagnosisSaysHowMuchCameAndWhatItHolds) {

@@ -57,6 +57,18 @@ TEST(HPDeviceID, PensOfVStatusAndOfTheSField) {
     });
 }
 
+TEST(HPDeviceID, APenWithoutALevelKeepsWhatItsEntryHeld) {
+    for (const char* field : {"VSTATUS:IDLE,K0,C0,CP050,", "VSTATUS:IDLE,C0,CP050,"}) {
+        StatusText status;
+        InkQuantities record;
+        setIQByColorID(record, 1, 100);
+        setIQByColorID(record, 2, 100);
+        parseVStatus(field, record, status);
+        EXPECT_EQ(record.entries[0], (InkEntry{1, 100})) << field;
+        EXPECT_EQ(record.entries[1], (InkEntry{2, 50})) << field;
+    }
+}
+
 TEST(HPWarnings, KnownCodesSetLevels) {
     const Reading rows[] = {
         {"BST:00;DWS:1501,1573,NO;", 2, "old", {{1, 20}, {4, 40}}},

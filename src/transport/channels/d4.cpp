@@ -97,7 +97,7 @@ int openSocket(D4Channel& channel) {
     const Bytes reply = channel.lastReply();
     channel.maxPrinterBound = be16At(reply, 10);
     channel.maxHostBound = be16At(reply, 12);
-    addCredit(channel, be16At(reply, revision16 ? 14 : 16));
+    channel.sendCredit = be16At(reply, revision16 ? 14 : 16);
     return result;
 }
 
@@ -197,6 +197,7 @@ int D4read(D4Channel& channel, MutableBytes buffer, std::size_t& length) {
 }
 
 int D4close(std::unique_ptr<D4Channel>& channel) {
+    allowClosing(*channel);
     const std::uint8_t id = channel->socketId;
     setCommand(*channel, kCommandCredit, {kCloseChannel, id, id});
     if (const int error = d4SendAndReceiveWithReverseCmd(*channel); error != 0) return error;

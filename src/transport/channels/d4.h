@@ -19,8 +19,8 @@
 //
 // Waits: a receive takes up to 800 ms (1000 ms before packet mode), after a pause of 100 ms in an
 // exchange. A silent printer takes some 30 s through all of a session; no printer gets more than 40
-// s, from D4start() on, and the packet that is then under way (transport_io.h). Results are
-// integers; nothing is shown to the user.
+// s, from D4start() on, 2 s more for closing, and the packet that is then under way
+// (transport_io.h). Results are integers; nothing is shown to the user.
 #pragma once
 
 #include <chrono>

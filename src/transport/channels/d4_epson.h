@@ -1,6 +1,6 @@
 // What Epson printers are asked on their D4 control channel, "EPSON-CTRL". Each call enters packet
 // mode, opens the channel at revision 16 (once more after 500 ms when that fails) and closes it
-// again; 100 ms lie before each command and before each reply. d4.h says how long that may take.
+// again; 100 ms lie before the command and before each reply. d4.h says how long that may take.
 #pragma once
 
 #include "support/byte_reader.h"

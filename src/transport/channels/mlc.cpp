@@ -137,6 +137,7 @@ int MLCread(MLCChannel& channel, MutableBytes buffer, std::size_t& length) {
 }
 
 int MLCclose(std::unique_ptr<MLCChannel>& channel) {
+    allowClosing(*channel);
     setCommand(*channel, kCommandCredit, {kCloseChannel, kSocket, kSocket});
     if (const int error = mlcSendAndReceive(*channel); error != 0) return error;
     setCommand(*channel, kCommandCredit, {kExit});

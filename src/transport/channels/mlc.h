@@ -12,9 +12,9 @@
 //   CloseChannel    PSID, SSID                    result
 //   Exit            -                             result
 //
-// Waits: a receive takes up to 1200 ms, and all of a session from MLCopen() on no more than 60 s,
-// and the packet that is then under way (transport_io.h). Results are integers; nothing is shown to
-// the user.
+// Waits: a receive takes up to 1200 ms, and all of a session from MLCopen() on no more than 60 s, 2
+// s more for closing, and the packet that is then under way (transport_io.h). Results are integers;
+// nothing is shown to the user.
 #pragma once
 
 #include <cstddef>

@@ -80,6 +80,11 @@ std::uint16_t be16At(Bytes packet, std::size_t offset) {
     return reader.be16();
 }
 
+void allowClosing(PacketChannel& channel) {
+    constexpr milliseconds kClosing{2000};
+    channel.end = std::max(channel.end, sessionEndIn(kClosing));
+}
+
 void setCommand(PacketChannel& channel, std::uint8_t credit, Bytes payload) {
     channel.commandLength = writeTransaction(channel.command, credit, payload);
     channel.expectedReply = byteAt(payload, 0) | packet_command::kReplyBit;

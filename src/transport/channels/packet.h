@@ -75,9 +75,9 @@ std::optional<Transaction> parseTransaction(Bytes received);
 std::uint8_t byteAt(Bytes packet, std::size_t offset);
 std::uint16_t be16At(Bytes packet, std::size_t offset);
 
-// When a session has to be over: from then on nothing is sent or received any more, whatever the
-// printer still has to say. Each of its waits is short, but a printer that always says something,
-// or drips its packets, makes the most of every one of them.
+// When a session has to be over: from then on no transaction of ours is sent and nothing received,
+// whatever the printer still has to say. Each of its waits is short, but a printer that always says
+// something, or drips its packets, makes the most of every one of them.
 using SessionEnd = std::chrono::steady_clock::time_point;
 SessionEnd sessionEndIn(std::chrono::milliseconds time);
 
@@ -107,6 +107,10 @@ struct PacketChannel {
     // What receiveReply() left; empty when that was nothing.
     Bytes lastReply() const { return Bytes(reply).first(replyLength); }
 };
+
+// Time for closing: a printer that has used up the session is told to leave packet mode all the
+// same, or the next job would go astray.
+void allowClosing(PacketChannel& channel);
 
 // Builds the transaction `payload` (command first, at most 122 bytes) in channel.command, with
 // `credit` in the header, and notes the reply to expect. A longer payload leaves no command:

@@ -28,14 +28,19 @@ bool isInactive(const PrinterRecord& printer) {
     return printer.text(keys::active) == kNo;
 }
 
+std::string addressOf(const PrinterRecord& printer) {
+    return printer.text(keys::ipAdrs).substr(0, kLongestAddress);
+}
+
 std::optional<Target> targetOf(const PrinterRecord& printer) {
-    const std::string host = printer.text(keys::ipAdrs).substr(0, kLongestAddress);
+    const std::string host = addressOf(printer);
     const auto port = printer.integer(keys::port).value_or(0);
     if (host.empty() || port < 1 || port > 65535) return std::nullopt;
     return Target{host, static_cast<std::uint16_t>(port)};
 }
 
 std::string_view firstEpsonCommand(const PrinterRecord& printer) {
+    if (printer.text(keys::addedByAddress) == kYes) return epson_commands::rc;
     return epsonSpeaksD4(printer.text(keys::usbCmd)) ? epson_commands::d4 : epson_commands::rc0;
 }
 
@@ -72,17 +77,20 @@ int canonInkStatus(const PrinterRecord& printer, const Target& target, InkQuanti
 
 int port9100GetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
     if (isInactive(printer)) return 0;
+    const std::string address = addressOf(printer);
+    if (address.empty()) return kUnreachable;
+    const std::string maker = printer.text(keys::makerName);
+    if (maker != makers::epson && maker != makers::canon)
+        return inkStatusOfRecordByPMib(printer, address, record, status);
     const auto target = targetOf(printer);
     if (!target) return kUnreachable;
-    const std::string maker = printer.text(keys::makerName);
-    if (maker == makers::epson) return epsonInkStatus(printer, *target, record, status);
-    if (maker == makers::canon) return canonInkStatus(printer, *target, record, status);
-    return inkStatusOfRecordByPMib(printer, target->host, record, status);
+    return maker == makers::epson ? epsonInkStatus(printer, *target, record, status)
+                                  : canonInkStatus(printer, *target, record, status);
 }
 
 int port9100GetEpsonRemoteInkStatus(PrinterRecord& printer, InkQuantities& record,
                                     BoundedText& status) {
-    const Target target{printer.text(keys::ipAdrs).substr(0, kLongestAddress), kUsualPort};
+    const Target target{addressOf(printer), kUsualPort};
     if (target.host.empty()) return kUnreachable;
     const std::array links{remoteLink(epson_commands::rc, target, record, status),
                            remoteLink(epson_commands::rc1, target, record, status),

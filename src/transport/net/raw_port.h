@@ -11,13 +11,15 @@ namespace tintoral {
 // "usb_CMD").
 //
 //   "EPSON"    the command variants D4, RC, RC1, RC0 in that order, starting at the one that
-//              worked last, else at D4 when "usb_CMD" names it, else at RC0; the one that works
-//              is remembered in "commandType" (epson_exchange.h)
+//              worked last, else at D4 when "usb_CMD" names it, else at RC0, or at RC for a printer
+//              that was typed in, whose command set nothing has told; the one that works
+//              is remembered in "commandType" (epson_chain.h)
 //   "Canon"    Canon's status inquiry, as "usb_CMD" wants it (canon_exchange.h)
 //   others     the Printer MIB, which may fill "Colors"
 //
-// A record whose "Active" is "NO" is never contacted, nor is one without an address or with a port
-// outside 1 to 65535.
+// A record whose "Active" is "NO" is never contacted, nor is one without an address, nor an Epson
+// or Canon printer with a port outside 1 to 65535. A "commandType" that names no variant is kept,
+// and the result is 0.
 //
 // Result: the number of inks, 0 when the printer answered without levels or is inactive, negative
 // when it could not be reached.

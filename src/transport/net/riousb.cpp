@@ -106,7 +106,7 @@ int receiveMessage(RiousbConnection& connection, MessageTimeouts timeouts, Messa
     if (whole) message = decodeHeader(header);
     const bool complete =
         whole && receivePayload(connection.socket.get(), message, timeouts.payload);
-    if (!complete) connection.socket.reset();
+    if (!whole || (!complete && !message.payload.empty())) connection.socket.reset();
     return whole && message.status == 0 ? 1 : -1;
 }
 

@@ -14,9 +14,9 @@
 // another reply is awaited, and are kept for the call that wants them.
 //
 // A length on the wire is only believed as far as bytes follow: of a payload 65536 bytes are kept
-// and the rest read and dropped. When a message does not come whole in its time, the bytes after it
-// have no meaning any more: what came of its payload counts, the connection is closed, and what is
-// asked after it fails.
+// and the rest read and dropped. A header that nothing follows has no payload. When a message
+// breaks off inside its header or its payload, the bytes after it have no meaning any more: what
+// came of its payload counts, the connection is closed, and what is asked after it fails.
 //
 // Results: -1 for a failure, which is a status other than 0, a connection that is lost or closed,
 // or a send that makes no progress; 0 when nothing came in time.

@@ -209,7 +209,8 @@ UniqueFd TcpOpenConnection(const std::string& host, std::uint16_t port) {
 
 UniqueFd openTCP6(const std::string& host, std::uint16_t port) {
     addrinfo hints{};
-    hints.ai_flags = AI_NUMERICSERV;
+    // Name services of Linux often know a ".local" name's IPv4 address alone.
+    hints.ai_flags = AI_NUMERICSERV | AI_V4MAPPED;
     hints.ai_family = AF_INET6;
     hints.ai_socktype = SOCK_STREAM;
     const AddressList found = lookUp(host, std::to_string(port).c_str(), hints);

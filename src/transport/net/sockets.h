@@ -25,7 +25,8 @@ namespace tintoral {
 // descriptor is blocking, but a send that makes no progress for 2 s fails.
 UniqueFd TcpOpenConnection(const std::string& host, std::uint16_t port);
 
-// A TCP connection over IPv6, trying each address of the name in turn; invalid when none connects.
+// A TCP connection over IPv6, trying each address of the name in turn, or its IPv4 addresses where
+// it has no others; invalid when none connects.
 // Each attempt is bounded to 2 s as well.
 UniqueFd openTCP6(const std::string& host, std::uint16_t port);
 

@@ -112,11 +112,11 @@ USBPrinterInfo usbPrinterOfRecord(const PrinterRecord& printer) {
 int USBGetInkStatus(PrinterRecord& printer, InkQuantities& record, BoundedText& status) {
     const USBPrinterInfo info = usbPrinterOfRecord(printer);
     const std::string_view maker = info.maker.view();
-    if (maker == "EPSON") return epsonInkStatus(printer, info, record, status);
-    if (maker == "Canon") {
+    if (maker == makers::epson) return epsonInkStatus(printer, info, record, status);
+    if (maker == makers::canon) {
         return usbCanonGetStatusAndInkQuantities(info, status, record, printer.text(keys::usbCmd));
     }
-    if (maker == "HP") return usbHPGetStatusAndInkQuantities(info, status, record);
+    if (maker == makers::hp) return usbHPGetStatusAndInkQuantities(info, status, record);
     status.assign("This printer is not suppoted yet.");
     return 0;
 }
@@ -175,7 +175,7 @@ int usbHPGetStatusAndInkQuantities(const USBPrinterInfo& info, BoundedText& stat
 
 void usbNozzleOptions(const PrinterRecord& printer, int option) {
     const USBPrinterInfo info = usbPrinterOfRecord(printer);
-    if (info.maker.view() == "HP") {
+    if (info.maker.view() == makers::hp) {
         usbHPNozzleCleaning(info, printer.text(keys::usbCmd).substr(0, kLongestHPCommandSet));
         return;
     }
