@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <atomic>
 #include <chrono>
 #include <optional>
 
@@ -25,7 +24,7 @@ using Request = std::array<std::uint8_t, kBjnpRequestRoom>;
 using Reply = std::array<std::uint8_t, 1500>;
 
 std::uint16_t nextSequence() {
-    static std::atomic<std::uint16_t> next{1};
+    static std::uint16_t next = 1;
     return next++;
 }
 
@@ -33,16 +32,11 @@ Bytes firstOf(const Reply& reply, int size) {
     return Bytes(reply).first(static_cast<std::size_t>(std::max(size, 0)));
 }
 
-// Some printers leave the field empty; only one that names another session is none of ours.
-bool isOfSession(const BjnpAnswer& answer, std::uint16_t session) {
-    return answer.session == 0 || session == 0 || answer.session == session;
-}
-
 // Hands out the payload of the answer. Result: its length, or the size of a reply that is no
 // answer.
-int takeText(std::uint8_t command, std::uint16_t session, Bytes reply, BoundedText& text) {
+int takeText(std::uint8_t command, Bytes reply, BoundedText& text) {
     const auto answer = bjnpAnswerTo(command, reply);
-    if (!answer || !isOfSession(*answer, session)) return static_cast<int>(reply.size());
+    if (!answer) return static_cast<int>(reply.size());
     text.assign(asText(answer->payload));
     return static_cast<int>(text.size());
 }
@@ -129,7 +123,7 @@ int bjnpGetDeviceID(const Ipv4Address& address, int /*ignored*/, BoundedText& de
     Reply reply;
     const std::size_t length = mkBjnpDeviceIDRequest(request);
     const int size = udpSendAndReceive(address, Bytes(request).first(length), reply);
-    return takeText(bjnp_commands::getDeviceID, 0, firstOf(reply, size), deviceID);
+    return takeText(bjnp_commands::getDeviceID, firstOf(reply, size), deviceID);
 }
 
 int bjnpSetJobInfo(const std::string& address, std::uint16_t& session, std::string_view /*maker*/,
@@ -148,7 +142,7 @@ int bjnpSetJobInfo(const std::string& address, std::uint16_t& session, std::stri
 int bjnpGetStatus(const std::string& address, std::uint16_t session, BoundedText& status) {
     Reply reply;
     const int size = askInSession(address, bjnp_commands::getStatus, session, reply);
-    return takeText(bjnp_commands::getStatus, session, firstOf(reply, size), status);
+    return takeText(bjnp_commands::getStatus, firstOf(reply, size), status);
 }
 
 int bjnpUdpClose(const std::string& address, std::uint16_t session) {

@@ -50,7 +50,7 @@ int bjnpSetJobInfo(const std::string& address, std::uint16_t& session, std::stri
 
 // Asks for the status text. Result: the length of `status` as received (it may hold any byte, its
 // two bytes of length are in front); 0 when nothing came; the size of what came when it is no
-// answer to this question or names another session (`status` is then left alone).
+// answer to this question (`status` is then left alone).
 int bjnpGetStatus(const std::string& address, std::uint16_t session, BoundedText& status);
 
 // Ends the session. Result: the size of the answer, 0 when none came.

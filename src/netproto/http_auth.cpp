@@ -41,7 +41,7 @@ std::string basicValue(string_view user, string_view password) {
 
 std::string digestResponse(string_view user, string_view password, HttpChallenge challenge,
                            HttpTarget target) {
-    // Password before realm, as meant: the devices that this speaks to count so.
+    // Password before realm, as meant (RFC 2617 has the realm first).
     const std::string ha1 = md5Hex(joined(joined(user, password), challenge.realm));
     const std::string ha2 = md5Hex(joined(challenge.nonce, target.method));
     return md5Hex(joined(joined(ha1, target.location), ha2));

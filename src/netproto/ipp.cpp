@@ -37,7 +37,8 @@ bool isChunked(const NHttpRequester& requester) {
     return requester.sendMode < 0;
 }
 
-// Reads a body to its end. Result: false when it is longer than kLargestIppAnswer or broke off.
+// Reads a body until the peer stops; whether all has come is for the decoder to say. Result: false
+// when it is longer than kLargestIppAnswer.
 bool readBody(NHttpRequester& requester, std::vector<std::uint8_t>& body) {
     std::array<std::uint8_t, kPieceSize> piece{};
     int received = 0;
@@ -46,7 +47,7 @@ bool readBody(NHttpRequester& requester, std::vector<std::uint8_t>& body) {
         if (bytes.size() > kLargestIppAnswer - body.size()) return false;
         body.insert(body.end(), bytes.begin(), bytes.end());
     }
-    return received == 0;
+    return true;
 }
 
 // What the server says to a head alone: whether it answered, and its challenge if it has one.
@@ -108,25 +109,23 @@ Requester ippSend(const IppContext& context, Bytes request) {
     return requester;
 }
 
-int ippSendAndRecv(const IppContext& context, Bytes request, IppAnswer& answer) {
-    answer = {};
+int ippSendAndRecv(const IppContext& context, Bytes request, IppTuples& attributes) {
+    attributes = {};
     const Requester requester = ippSend(context, request);
     if (!requester || nHttpCheckResp(*requester, kAnswerWait) != kHttpOk) return -1;
     std::vector<std::uint8_t> body;
     if (!readBody(*requester, body) || body.size() < kIppHeaderSize) return -1;
     // The extra CR LF, as meant, but late: cupsd breaks an answer off when more comes meanwhile.
     if (!isChunked(*requester)) nHttpSendContent(*requester, {});
-    if (ParseIppAttr(Bytes(body).subspan(kIppHeaderSize), answer.attributes) < 0) return -1;
-    std::ranges::copy(Bytes(body).first(kIppHeaderSize), answer.head.begin());
-    return 0;
+    return ParseIppAttr(Bytes(body).subspan(kIppHeaderSize), attributes) < 0 ? -1 : 0;
 }
 
 std::size_t IppGetPrinterAttrReq(IppContext& context, std::string_view requested) {
     std::array<std::uint8_t, kLargestRequest> buffer{};
     const std::size_t size = buildQuery(context, requested, buffer);
-    IppAnswer answer;
-    if (size == 0 || ippSendAndRecv(context, Bytes(buffer).first(size), answer) != 0) return 0;
-    context.printer = readIppPrinter(std::move(answer.attributes));
+    IppTuples attributes;
+    if (size == 0 || ippSendAndRecv(context, Bytes(buffer).first(size), attributes) != 0) return 0;
+    context.printer = readIppPrinter(std::move(attributes));
     return size;
 }
 

@@ -23,12 +23,6 @@ namespace tintoral {
 
 inline constexpr std::size_t kLargestIppAnswer = std::size_t{1024} * 1024;
 
-// An answer that was decoded. Texts in it are as the printer sent them.
-struct IppAnswer {
-    std::array<std::uint8_t, 8> head{};  // version, status code, request id
-    IppTuples attributes;
-};
-
 // One query: what to ask and, after IppGetPrinterAttrReq(), what came.
 struct IppContext {
     std::string printerUri;
@@ -45,7 +39,7 @@ struct IppContext {
 };
 
 // A context for the printer at `printerUri` ("http://HOST:631/PATH"), which fills in host, port and
-// path (Url2host_port_location). Both user names are "Tintoral", authentication is off.
+// path (Url2host_port_location). User and user agent are "Tintoral", authentication is off.
 IppContext makeIppContext(std::string_view printerUri);
 
 // Sends the request and leaves the answer to the caller: the requester on its open connection, or
@@ -60,9 +54,10 @@ IppContext makeIppContext(std::string_view printerUri);
 // chunks and with an answer to the challenge if there was one, over a second connection.
 std::unique_ptr<NHttpRequester> ippSend(const IppContext& context, Bytes request);
 
-// Sends the request and decodes the answer. Result: 0; -1 when ippSend() failed or the answer is
-// not 200, is cut off or damaged, or is longer than kLargestIppAnswer (`answer` is then empty).
-int ippSendAndRecv(const IppContext& context, Bytes request, IppAnswer& answer);
+// Sends the request and decodes the attributes of the answer; texts in them are as the printer sent
+// them. Result: 0; -1 when ippSend() failed or the answer is not 200, lacks the message's end, is
+// damaged, or is longer than kLargestIppAnswer (`attributes` are then empty).
+int ippSendAndRecv(const IppContext& context, Bytes request, IppTuples& attributes);
 
 // Asks for "status-only" (state, reasons and message), "all", or the one attribute of that name and
 // keeps the answer in the context. Result: the size of the request; 0 when it could not be built or

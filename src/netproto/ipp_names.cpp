@@ -172,7 +172,7 @@ void DumpIppAttributes(Bytes attributes) {
     FixedText<4096> text;
     ByteReader reader(attributes);
     IppItem item;
-    while (takeIppItem(reader, item)) dumpItem(text, item);
+    while (item.tag != ipp_tags::endOfAttributes && takeIppItem(reader, item)) dumpItem(text, item);
     std::printf("%s", text.c_str());
 }
 

@@ -67,6 +67,7 @@ int exchange(const std::string& host, SnmpMessage& message, BoundedText* dump) {
     std::array<std::uint8_t, 1024> request{};
     std::array<std::uint8_t, 2048> reply{};
     const std::size_t size = mkSNMPSrcPacket(request, message);
+    if (size == 0) return 0;  // what came back is longer than a request may be
     const int received = snmpSendAndReceive(host, Bytes(request).first(size), reply);
     if (received < 1) return received;
     const Bytes answer = Bytes(reply).first(static_cast<std::size_t>(received));
@@ -91,16 +92,17 @@ int askForText(const std::string& host, std::string_view oid, BoundedText& text,
     return received;
 }
 
+using MakeQuery = void (*)(SnmpMessage& message, std::uint32_t requestId, int round);
+
 // Walks a table row by row: `keepRow(row, message)` tells whether the answer still belongs to it.
 // Result: the rows.
 template <typename KeepRow>
-int walk(const std::string& host, OidList columns, BoundedText* dump, KeepRow keepRow) {
+int walk(const std::string& host, MakeQuery makeRowQuery, BoundedText* dump, KeepRow keepRow) {
     SnmpMessage message;
     const std::uint32_t requestId = firstRequestId();
     std::size_t row = 0;
     for (; row < kMaximumSupplies; ++row) {
-        makeQuery(message, columns, requestId + static_cast<std::uint32_t>(row),
-                  static_cast<int>(row));
+        makeRowQuery(message, requestId + static_cast<std::uint32_t>(row), static_cast<int>(row));
         if (exchange(host, message, dump) < 1 || !keepRow(row, message)) break;
     }
     return static_cast<int>(row);
@@ -178,7 +180,7 @@ int pmibGetSupplies(const std::string& host, SupplyRows& descriptions, InkQuanti
                     BoundedText* dump) {
     if (dump != nullptr) dump->clear();
     const int count =
-        walk(host, kSuppliesColumns, dump, [&](std::size_t row, const SnmpMessage& answer) {
+        walk(host, mkSnmpMakerSuppliesQuery, dump, [&](std::size_t row, const SnmpMessage& answer) {
             const bool inside = isInside(answer.varBinds[kLevel], kSuppliesColumns[kLevel]);
             const std::int32_t level = answer.varBinds[kLevel].value.number;
             const std::int32_t maximum = answer.varBinds[kMaximum].value.number;
@@ -191,12 +193,13 @@ int pmibGetSupplies(const std::string& host, SupplyRows& descriptions, InkQuanti
 }
 
 int pmibGetColorant(const std::string& host, SupplyRows& names, BoundedText* dump) {
-    return walk(host, kColorantColumns, dump, [&](std::size_t row, const SnmpMessage& answer) {
-        const SnmpVarBind& value = answer.varBinds[kColorantValue];
-        const bool inside = isInside(value, kColorantColumns[kColorantValue]);
-        if (inside) names[row].assign(value.value.text.view());
-        return inside;
-    });
+    return walk(host, mkSnmpColorantMarkerQuery, dump,
+                [&](std::size_t row, const SnmpMessage& answer) {
+                    const SnmpVarBind& value = answer.varBinds[kColorantValue];
+                    const bool inside = isInside(value, kColorantColumns[kColorantValue]);
+                    if (inside) names[row].assign(value.value.text.view());
+                    return inside;
+                });
 }
 
 int pmibGetHPDeviceID(const std::string& host, BoundedText& deviceID, BoundedText* dump) {
@@ -221,6 +224,7 @@ int getInkStatusByPMib(std::string_view maker, const std::string& host, BoundedT
     const int reached = pmibGetPrinterStatus(host, status, nullptr);
     if (reached < 1) return reached;
     if (maker == "HP") {
+        // Without pens in the device ID the status text is lost, as meant.
         const int pens = inkStatusByDeviceID(host, status, record);
         if (pens != 0) return pens;
     }

@@ -10,8 +10,8 @@
 //   1.3.6.1.4.1.11.2.3.9.1.1.7     HP: IEEE 1284 device ID
 //   1.3.6.1.4.1.2435..., 1240...   Brother and others: only dumped
 //
-// Each exchange takes at most 200 ms. Dumps are appended to a text of the caller's, which may be
-// null.
+// Each exchange takes at most 200 ms, and what the look-up of a host's name takes. Dumps are
+// appended to a text of the caller's, which may be null.
 #pragma once
 
 #include <array>
@@ -53,8 +53,8 @@ int pmibGetSupplies(const std::string& host, SupplyRows& descriptions, InkQuanti
 // The names of up to ten colorants. Result: their number.
 int pmibGetColorant(const std::string& host, SupplyRows& names, BoundedText* dump);
 
-// HP's IEEE 1284 device ID; `deviceID` and `dump` are cleared first. Result: the size of the reply,
-// 0 or -1 when none came.
+// HP's IEEE 1284 device ID, of which 511 bytes are kept; `deviceID` and `dump` are cleared first.
+// Result: the size of the reply, 0 or -1 when none came.
 int pmibGetHPDeviceID(const std::string& host, BoundedText& deviceID, BoundedText* dump);
 
 // What the printer calls itself; `description` is cleared first. Result: the size of the reply, 0

@@ -21,7 +21,7 @@ std::vector<std::string> cleanNames(std::span<const SupplyName> rows) {
 }
 
 void rememberColors(PrinterRecord& printer, const SupplyNames& rows, int count) {
-    if (count < 1 || rows.front().empty() || printer.contains(keys::colors)) return;
+    if (count < 1 || rows.front().empty() || printer.array(keys::colors)) return;
     const std::size_t used = std::min(static_cast<std::size_t>(count), rows.size());
     const auto names = cleanNames(std::span(rows).first(used));
     if (!names.empty()) printer.set(keys::colors, Value(names));

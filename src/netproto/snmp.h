@@ -103,7 +103,8 @@ std::size_t mkBER(std::uint32_t tag, Bytes content, MutableBytes output);
 std::size_t objid2str(BoundedText& text, Bytes content);
 
 // Encodes a dotted OID: "1.3." or "2B." becomes 2B, each further number takes one to three bytes of
-// seven bits; higher bits are lost, as meant. Result: the bytes written, 0 when they do not fit.
+// seven bits; higher bits are lost, as meant, and what is no 32-bit number becomes 0. Result: the
+// bytes written, 0 when they do not fit.
 std::size_t inet10tobjid(std::string_view dotted, MutableBytes output);
 
 // Decodes the TLV at the start of `tlv`. berGetValue gives its tag; berGetValue2 and 3 give its

@@ -166,7 +166,7 @@ TEST(Bjnp, WhatIsNoAnswerLeavesTheOutputAlone) {
         {"magic", [](Datagram& d) { d[3] = 'Q'; }, kSize, "before"},
         {"type", [](Datagram& d) { d[4] = 1; }, kSize, "before"},
         {"command", [](Datagram& d) { d[5] = 0x21; }, kSize, "before"},
-        {"another session", [](Datagram& d) { d[11] ^= 1; }, kSize, "before"},
+        {"another session", [](Datagram& d) { d[11] ^= 1; }, kSize - 16, nullptr},
         {"one byte", [](Datagram& d) { d.resize(1); }, 1, "before"},
         {"half a header", [](Datagram& d) { d.resize(15); }, 15, "before"},
         {"header alone", [](Datagram& d) { d.resize(16); }, 0, ""},
