@@ -4,6 +4,7 @@
 #include <QPixmap>
 
 #include "app/dock_icon.h"
+#include "app/raise_window.h"
 #include "ui_AboutPanel.h"
 
 // In a static library the linker would leave the resources out; the macro cannot stand in a
@@ -42,9 +43,7 @@ AboutPanelController::AboutPanelController(QWidget* parent)
 AboutPanelController::~AboutPanelController() = default;
 
 void AboutPanelController::showWindow() {
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(*this);
 }
 
 }  // namespace tintoral

@@ -26,12 +26,11 @@
 #include "monitor/update_cycle.h"
 #include "records/maintenance_items.h"
 #include "records/model_merge.h"
+#include "support/file_read.h"
 #include "ui_MainWindow.h"
 
 namespace tintoral {
 namespace {
-
-constexpr int kInksWithoutReading = 10;
 
 std::vector<std::string> rgbColorsOf(const PrinterRecord* printer) {
     return printer ? printer->texts(keys::rgbColors).value_or(std::vector<std::string>())
@@ -56,9 +55,13 @@ std::string modelIconPath(const std::vector<IconPathEntry>& table,
     return entry == table.end() ? std::string() : entry->iconPath.value_or(std::string());
 }
 
-int inkCountOf(const Dictionary* inkDict) {
-    const Array* colors = inkDict ? inkDict->array(keys::colors) : nullptr;
-    return inkDict ? static_cast<int>(colors ? colors->size() : 0) : kInksWithoutReading;
+// The path is a PPD's: what lies there may be no picture, nor even a file that ends.
+QImage pictureFrom(const std::string& path) {
+    constexpr std::size_t kLargest = 16 << 20;
+    std::error_code error;
+    const std::string bytes = readFileStart(path, kLargest, error);
+    return QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()),
+                            static_cast<int>(bytes.size()));
 }
 
 }  // namespace
@@ -204,8 +207,9 @@ void AppController::printerIdPoupSelected(int index) {
         return;
     }
     printerDict_ = printers[static_cast<std::size_t>(index)];
-    updateUI();
-    updateWhenStale();
+    updateUI();  // the printer's name and bars stand while it is asked
+    // Also one that was offline when it was last asked: chosen anew it gets another chance.
+    if (levelsAreStale(*printerDict_, currentDate())) updateButtonPressed();
 }
 
 void AppController::updateWhenStale() {
@@ -286,7 +290,7 @@ void AppController::updateUI() {
     updateStatus();
     ui_->lastUpdateField->setText(lastUpdateText(inkDict));
     ui_->levelView->setInkDict(inkDict, rgbColorsOf(printerDict_.get()));
-    changeWindowHeightByColor(inkCountOf(inkDict));
+    changeWindowHeightByColor(ui_->levelView->inkCount());
     updateDockIcon();
 }
 
@@ -307,7 +311,7 @@ void AppController::changeWindowHeightByColor(int inkCount) {
     constexpr int kHeightForTen = 422;
     constexpr int kRow = 25;
     // The height below the menu bar; the window's top edge stays where it is.
-    ui_->content->setFixedHeight(kHeightForTen - (kInksWithoutReading - inkCount) * kRow);
+    ui_->content->setFixedHeight(kHeightForTen - (10 - inkCount) * kRow);
 }
 
 void AppController::updateMenus() {
@@ -414,8 +418,8 @@ void AppController::diagnoseMenuSelected() {
 
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
-        QImage icon(
-            shownText(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName))));
+        const QImage icon =
+            pictureFrom(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName)));
         if (!icon.isNull()) return icon;
     }
     return applicationPicture();
@@ -441,7 +445,7 @@ bool AppController::eventFilter(QObject* watched, QEvent* event) {
 
 void AppController::keepSelection() {
     if (printerDict_) defaults_.setPrinterId(printerDict_->text(keys::printerId));
-    saveSettings();
+    storePrinterTable();
 }
 
 void AppController::windowWillClose() {

@@ -38,8 +38,8 @@ class AppController : public QObject {
     Q_OBJECT
 
   public:
-    // The files are those of the person who runs the program; nothing is read before
-    // awakeFromNib(). `sources` find the printers that the selection window offers.
+    // The files are those of the person who runs the program. `sources` find the printers that the
+    // selection window offers.
     explicit AppController(PrinterSources sources);
     ~AppController() override;
 
@@ -71,7 +71,7 @@ class AppController : public QObject {
     void showAboutPanel();
     void openProductPage();
 
-    // Saves which printer is selected; nothing else is unsaved between two updates.
+    // Saves which printer is selected, and what announcements have told since the last update.
     void keepSelection();
 
   protected:

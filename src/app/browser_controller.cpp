@@ -7,6 +7,7 @@
 
 #include "app/add_by_address_dialog.h"
 #include "app/notification_center.h"
+#include "app/raise_window.h"
 #include "app/row_delegate.h"
 #include "app/table_layout.h"
 #include "app/wait_cursor.h"
@@ -131,9 +132,7 @@ void BrowserController::showWindow() {
     refreshListButtonPressed();
     autoSelectMode_ = false;
     ui_->printerTableView->setFocus();
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(*this);
 }
 
 void BrowserController::refreshListButtonPressed() {

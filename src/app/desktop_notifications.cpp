@@ -102,7 +102,7 @@ void DesktopNotifications::bringUpToDate(const QString& key) {
 
 void DesktopNotifications::answered(const QString& key, const QDBusPendingCall& call) {
     const QDBusPendingReply<uint> reply = call;
-    if (reply.isError()) {
+    if (reply.isError() || reply.value() == 0) {  // 0 is no id
         notices_.erase(key);
         Q_EMIT failed(key);
         return;

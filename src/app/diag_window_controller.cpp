@@ -14,6 +14,7 @@
 #include <QSysInfo>
 #include <QUrl>
 
+#include "app/raise_window.h"
 #include "app/shown_text.h"
 #include "app/wait_cursor.h"
 #include "support/text.h"
@@ -55,9 +56,7 @@ DiagWindowController::~DiagWindowController() = default;
 void DiagWindowController::setPrinterDict(const PrinterRecord& printer) {
     printer_ = printer;
     setWindowTitle(QStringLiteral("Diagnose ") + shownText(printer.text(keys::printerId)));
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(*this);
     begin();
 }
 

@@ -10,7 +10,8 @@
 #include <algorithm>
 
 #include "app/ink_colors.h"
-#include "ink/ink_quantities.h"
+#include "app/ink_rows.h"
+#include "app/month_text.h"
 
 namespace tintoral {
 namespace {
@@ -36,15 +37,6 @@ constexpr float kAxisWhite = 2.0F / 3;  // the light grey of the inks
 
 QDate dateOf(std::chrono::sys_days day) {
     return QDate(1970, 1, 1).addDays(day.time_since_epoch().count());
-}
-
-QString monthText(std::chrono::year_month month) {
-    return QLocale().toString(dateOf(month / 1), QStringLiteral("MMM/yy"));
-}
-
-QString levelText(int level) {
-    if (level >= 0) return QStringLiteral("%1 %").arg(level);
-    return level == kLevelSomeRemaining ? QStringLiteral("not empty") : QStringLiteral("unknown");
 }
 
 }  // namespace
@@ -192,7 +184,7 @@ void GraphView::drawLineChart(QPainter& painter, const ChartSeries& series) cons
     const std::vector<ChartPoint> points = chartLine(series, scale_, width());
     if (points.empty()) return;
     const QColor color = chartColor(series.key, series.rgbColor);
-    const ChartPoint end = points.back();
+    const ChartPoint end = chartEnd(series, scale_);
     constexpr double kHalf = kEndSquare / 2.0;
     const QRectF square(end.x - kHalf, end.y - kHalf, kEndSquare, kEndSquare);
     painter.fillRect(geometry().rect(square), color);
@@ -232,8 +224,9 @@ void GraphView::drawNames(QPainter& painter) const {
         painter.fillRect(swatch.adjusted(-1, -1, 1, 1), Qt::gray);
         painter.fillRect(swatch, Qt::white);
         painter.fillRect(swatch, chartColor(series.key, series.rgbColor));
-        const QString name = painter.fontMetrics().elidedText(QString::fromStdString(series.name),
-                                                              Qt::ElideRight, columnWidth);
+        const QString name =
+            painter.fontMetrics().elidedText(QString::fromStdString(series.name), Qt::ElideRight,
+                                             columnWidth - kSwatch - 3 * kNameGap);
         drawText(painter, x + kSwatch + kNameGap, y, name);
     }
 }

@@ -13,6 +13,7 @@
 #include <algorithm>
 
 #include "app/graph3d_view.h"
+#include "app/raise_window.h"
 #include "app/shown_text.h"
 #include "history/history_csv.h"
 #include "history/ink_history_store.h"
@@ -177,9 +178,7 @@ QImage InkHistoryController::shownPicture() const {
 
 void InkHistoryController::showWindow() {
     ui_ ? fillPopup() : awakeFromNib();
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(*this);
 }
 
 void InkHistoryController::okButtonPressed() {

@@ -1,19 +1,15 @@
 #include "app/ink_rows.h"
 
-#include <algorithm>
-#include <cstdint>
-#include <limits>
-
 #include "ink/color_vocabulary.h"
+#include "records/ink_dict.h"
 #include "support/text.h"
 
 namespace tintoral {
 namespace {
 
-int levelOf(const Dictionary& inkDict, std::string_view name) {
-    using Limits = std::numeric_limits<int>;
-    const std::int64_t level = inkDict.integer(name).value_or(0);
-    return static_cast<int>(std::clamp<std::int64_t>(level, Limits::min(), Limits::max()));
+int levelUnder(std::string_view name, const Dictionary& inkDict) {
+    const Value* value = inkDict.find(name);
+    return value ? levelOf(*value).value_or(0) : 0;
 }
 
 InkColor colorOf(std::string_view name, std::string_view rgbColor, Picture picture) {
@@ -33,7 +29,8 @@ std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::st
         if (index == InkQuantities::kCapacity) break;
         const std::string_view rgbColor =
             index < rgbColors.size() ? rgbColors[index] : std::string_view();
-        rows.push_back({cleanText(name), levelOf(inkDict, name), colorOf(name, rgbColor, picture)});
+        rows.push_back(
+            {cleanText(name), levelUnder(name, inkDict), colorOf(name, rgbColor, picture)});
     }
     return rows;
 }

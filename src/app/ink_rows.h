@@ -18,7 +18,7 @@ struct InkRow {
 };
 
 // The rows of `inkDict`, at most 20 (a record holds no more inks), none when it has no "Colors". An
-// ink whose level is absent or no integer has the level 0. `rgbColors` goes by position; where it
+// ink without a level (ink_dict.h) has the level 0. `rgbColors` goes by position; where it
 // has no "#..." text the ink's name gives the colour.
 std::vector<InkRow> inkRows(const Dictionary& inkDict, const std::vector<std::string>& rgbColors,
                             Picture picture);

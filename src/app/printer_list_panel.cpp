@@ -6,6 +6,7 @@
 #include <algorithm>
 
 #include "app/notification_center.h"
+#include "app/raise_window.h"
 #include "app/row_delegate.h"
 #include "app/shown_text.h"
 #include "app/table_layout.h"
@@ -164,9 +165,7 @@ void PrinterListPanel::showWindow(const PrinterRecordPtr& selected) {
     ui_->printerTableView->clearSelection();
     if (selected) chooseRowOf(selected->text(keys::printerId));
     ui_->printerTableView->setFocus();
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(*this);
 }
 
 void PrinterListPanel::updateButtons() {

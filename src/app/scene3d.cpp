@@ -1,7 +1,5 @@
 #include "app/scene3d.h"
 
-#include <QtCore/QDate>
-#include <QtCore/QLocale>
 #include <QtGui/QPolygonF>
 #include <algorithm>
 #include <cmath>
@@ -9,6 +7,7 @@
 #include <optional>
 #include <span>
 
+#include "app/month_text.h"
 #include "app/shown_text.h"
 
 namespace tintoral {
@@ -232,12 +231,6 @@ void addShadows(Scene3D& scene) {
                 panelFace({corner, {edge.x(), 0, 0}, {0, 0, -edge.z()}}, shade));
         }
     }
-}
-
-QString monthText(std::chrono::year_month month) {
-    const QDate date(static_cast<int>(month.year()),
-                     static_cast<int>(static_cast<unsigned>(month.month())), 1);
-    return QLocale::c().toString(date, QStringLiteral("MMM/yy"));
 }
 
 QVector3D sceneSize(std::size_t months, std::size_t inks) {

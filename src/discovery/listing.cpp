@@ -2,6 +2,7 @@
 
 #include "discovery/service_record.h"
 #include "support/text.h"
+#include "transport/net/sockets.h"
 
 namespace tintoral {
 namespace {
@@ -14,12 +15,6 @@ std::string fieldWithSemicolon(std::string_view field, std::size_t start) {
     if (semicolon == std::string_view::npos || semicolon < start) return {};
     const std::string_view value = field.substr(start, semicolon - start + 1);
     return cleanText(value.substr(0, kLongestField));
-}
-
-std::string dotted(const Ipv4Address& address) {
-    FixedText<16> text;
-    text.format("%d.%d.%d.%d", address[0], address[1], address[2], address[3]);
-    return std::string(text.view());
 }
 
 PrinterRecordPtr newRecord(std::string_view maker, const std::string& model) {
@@ -66,10 +61,10 @@ PrinterRecordPtr recordOfUsbPrinter(const USBPrinterInfo& printer) {
 }
 
 PrinterRecordPtr recordOfBjnpPrinter(const BjnpPrinter& printer) {
-    PrinterRecordPtr record = newRecord("Canon", std::string(printer.model.view()));
-    record->set(keys::ipAdrs, dotted(printer.address));
+    PrinterRecordPtr record = newRecord(makers::canon, std::string(printer.model.view()));
+    record->set(keys::ipAdrs, dottedText(printer.address));
     record->set(keys::usbCmd, printer.commandSet.view());
-    record->set(keys::kind, "bjnp:" + dotted(printer.address));
+    record->set(keys::kind, "bjnp:" + dottedText(printer.address));
     record->set(keys::serverType, server_types::network);
     record->set(keys::serviceType, service_types::bjnp);
     record->set(keys::printerId, "BJNP:" + record->text(keys::printerName));

@@ -75,8 +75,9 @@ struct Reach {
 
 Reach reachIpp(const ResolvedService& service, bool) {
     const std::string formats = service.txt.text(txt_keys::pdl).value_or("");
-    const bool shared = service.id.name.find('@') != std::string::npos ||
-                        formats.find("vnd.cups-raster") != std::string::npos;
+    const std::string& name = service.id.name;
+    const bool shared = !name.empty() && (name.find('@') != std::string::npos ||
+                                          formats.find("vnd.cups-raster") != std::string::npos);
     return {"ipp:" + addressOf(service), shared ? server_types::mac : server_types::network};
 }
 
@@ -127,7 +128,7 @@ void setNames(PrinterRecord& record, const ResolvedService& service) {
     copyText(service.txt, txt_keys::usbMfg, record, keys::usbMfg);
     copyText(service.txt, txt_keys::usbMdl, record, keys::usbMdl);
     copyText(service.txt, txt_keys::usbCmd, record, keys::usbCmd);
-    if (maker == "HP") copyStatusTexts(service.txt, record);
+    if (maker == makers::hp) copyStatusTexts(service.txt, record);
 }
 
 // IPP's own port, whatever port was announced, as meant.
@@ -182,7 +183,9 @@ void fillServiceRecord(PrinterRecord& record, const ResolvedService& service, bo
     setPrinterStatus(service.txt, record);
     const auto [kind, serverType] = reachOf(service, atAirPort);
     record.set(keys::kind, kind);
-    record.set(keys::serverType, serverType);
+    // One that has answered with levels over IPP is asked so from then on.
+    if (record.text(keys::serverType) != server_types::macCups14)
+        record.set(keys::serverType, serverType);
     record.set(keys::printerId, std::string(serverType) + ":" + service.id.name);
 }
 

@@ -36,7 +36,7 @@ PrinterRecordPtr ServiceTable::resolved(const ResolvedService& service) {
 
 void ServiceTable::txtUpdated(const ServiceId& id, const TxtRecord& txt) const {
     const PrinterRecordPtr record = find(id);
-    if (record && record->text(keys::makerName) == "HP") copyStatusTexts(txt, *record);
+    if (record && record->text(keys::makerName) == makers::hp) copyStatusTexts(txt, *record);
 }
 
 void ServiceTable::withdrawn(const ServiceId& id) {
@@ -66,7 +66,8 @@ std::optional<PrinterRecord> ServiceTable::getPrinterDictByMakerAndModelName(
 }
 
 bool ServiceTable::lookForAirPort(std::string_view address) const {
-    return std::ranges::any_of(byId_, [&](const auto& entry) {
+    // An address that is not known yet is nobody's.
+    return !address.empty() && std::ranges::any_of(byId_, [&](const auto& entry) {
         return entry.first.type == service_types::riousbprint &&
                entry.second->text(keys::ipAdrs) == address;
     });

@@ -7,7 +7,7 @@
 #include <optional>
 #include <unordered_map>
 
-#include "records/printer_record.h"
+#include "records/ink_dict.h"
 #include "support/text.h"
 
 namespace tintoral {
@@ -67,30 +67,6 @@ std::optional<int> wholeNumber(std::string_view text) {
                                                                      : std::nullopt;
 }
 
-int wholePercent(double number) {
-    using Limits = std::numeric_limits<int>;
-    return std::isnan(number)
-               ? 0
-               : static_cast<int>(std::clamp<double>(number, Limits::min(), Limits::max()));
-}
-
-struct LevelOfValue {
-    std::optional<int> operator()(std::int64_t number) const {
-        using Limits = std::numeric_limits<int>;
-        return static_cast<int>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
-    }
-    std::optional<int> operator()(double number) const { return wholePercent(number); }
-    std::optional<int> operator()(const std::string& text) const { return leadingNumber(text); }
-    template <typename T>
-    std::optional<int> operator()(const T&) const {
-        return std::nullopt;
-    }
-};
-
-bool isInkName(std::string_view key) {
-    return key != keys::date && key != keys::colors && key != keys::rgbColors;
-}
-
 // Collects the readings of a history under the names of their inks.
 class SeriesBuilder {
   public:
@@ -99,8 +75,7 @@ class SeriesBuilder {
         if (!date) return;
         const sys_days day = chartDay(*date);
         for (const auto& [key, value] : entry) {
-            const auto level =
-                isInkName(key) ? std::visit(LevelOfValue(), value.storage()) : std::optional<int>();
+            const auto level = isInkName(key) ? levelOf(value) : std::nullopt;
             if (level) addTo(key, {day, *level});
         }
     }
@@ -248,10 +223,6 @@ std::vector<MonthMark> monthMarks(const ChartScale& scale, int width) {
     }
 }
 
-std::optional<int> levelOf(const Value& value) {
-    return std::visit(LevelOfValue(), value.storage());
-}
-
 std::vector<ChartSeries> chartSeries(const Array& history) {
     if (history.empty()) return {};
     SeriesBuilder builder;
@@ -259,6 +230,11 @@ std::vector<ChartSeries> chartSeries(const Array& history) {
         if (const auto* dictionary = entry.as<Dictionary>()) builder.add(*dictionary);
     }
     return builder.take(history.back());
+}
+
+ChartPoint chartEnd(const ChartSeries& series, const ChartScale& scale) {
+    const ChartReading& last = series.readings.back();
+    return {scale.x(std::max(0, scale.days(last.day))), levelY(last.level)};
 }
 
 std::vector<ChartPoint> chartLine(const ChartSeries& series, const ChartScale& scale,

@@ -69,10 +69,6 @@ struct MonthMark {
 // only those with an even number have a label.
 std::vector<MonthMark> monthMarks(const ChartScale& scale, int width);
 
-// The level that a value of a history stands for: a number, cut to whole percents, or a text that
-// begins with a whole number.
-std::optional<int> levelOf(const Value& value);
-
 struct ChartReading {
     std::chrono::sys_days day;
     int level = 0;
@@ -96,12 +92,16 @@ struct ChartPoint {
     double y = 0;
 };
 
-// The line of one ink: the pen moves to the first point and draws to each of the others; a square
-// marks the last one. Readings before `startDate` that come first leave one point at the frame's
-// left edge, on the level of the last of them. After that a day never lies before the previous one.
-// Readings beyond `right` add one point; readings of one day no more than four, which draw the
-// same line as all of them. Empty for a series without readings.
+// The line of one ink: the pen moves to the first point and draws to each of the others. Readings
+// before `startDate` that come first leave one point at the frame's left edge, on the level of the
+// last of them. After that a day never lies before the previous one. Readings beyond `right` add
+// one point; readings of one day no more than four, which draw the same line as all of them. Empty
+// for a series without readings.
 std::vector<ChartPoint> chartLine(const ChartSeries& series, const ChartScale& scale, double right);
+
+// The last reading of a series that has one, which a square marks: on its own day, or at the
+// frame's left edge when that lies before `startDate`.
+ChartPoint chartEnd(const ChartSeries& series, const ChartScale& scale);
 
 // A reading that is drawn, and the index of its series.
 struct ChartHit {

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "history/chart_geometry.h"
+#include "records/ink_dict.h"
 #include "records/printer_record.h"
 
 namespace tintoral {

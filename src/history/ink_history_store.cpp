@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
-#include "records/printer_record.h"
+#include "records/ink_dict.h"
 #include "support/folders.h"
 #include "support/report.h"
 
@@ -43,11 +43,6 @@ Array takeEntries(PropertyListFile& file) {
     return entries ? std::move(*entries) : Array();
 }
 
-Array readEntries(const std::filesystem::path& path) {
-    PropertyListFile file = path.empty() ? PropertyListFile() : readPropertyListFile(path);
-    return takeEntries(file);
-}
-
 bool keepHistoryAside(const std::filesystem::path& path, const PropertyListFile& file) {
     if (file.state == FileState::OutOfReach) return false;
     const auto aside = keepAside(path, supportFolder() / kDamagedFolder);
@@ -74,10 +69,6 @@ bool sameUnder(std::string_view key, const Dictionary& a, const Dictionary& b) {
     return value && other && *value == *other;
 }
 
-bool isLevel(std::string_view key) {
-    return key != keys::date && key != keys::colors && key != keys::rgbColors;
-}
-
 // The entry that stands for the end of a run of readings like this one, or null. The last two
 // entries are compared under every key of the reading, "Date" among them, as meant: only entries of
 // the same second begin a run.
@@ -88,7 +79,7 @@ Dictionary* endOfEqualRun(Array& history, const Dictionary& reading) {
     if (!previous || !last) return nullptr;
     const bool same = std::ranges::all_of(reading, [&](const Dictionary::Entry& entry) {
         return sameUnder(entry.first, *previous, *last) &&
-               (!isLevel(entry.first) || sameUnder(entry.first, *last, reading));
+               (!isInkName(entry.first) || sameUnder(entry.first, *last, reading));
     });
     return same ? last : nullptr;
 }
@@ -205,8 +196,9 @@ std::optional<Dictionary> lastLevelForPrinterId(std::string_view printerId) {
 
 void saveInkReadings(const Dictionary& inkDict, std::string_view printerId) {
     const auto path = historyFile(printerId);
-    Array history = readEntries(path);
-    if (history.empty()) return;
+    PropertyListFile file = path.empty() ? PropertyListFile() : readPropertyListFile(path);
+    if (!file.root.as<Array>()) return;
+    Array history = takeEntries(file);
     addReadingCompacted(history, inkDict);
     writeHistory(path, std::move(history));
 }

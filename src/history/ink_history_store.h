@@ -51,8 +51,7 @@ bool saveInkReadingsForPrinterId(Dictionary inkDict, std::string_view printerId)
 std::optional<Dictionary> lastLevelForPrinterId(std::string_view printerId);
 
 // The command filter's way to store: appends to a history that exists and removes the middle of
-// three equal readings. Writes nothing where there is no history with at least one entry, or it
-// cannot be read.
+// three equal readings. Writes nothing where there is no history, or it cannot be read.
 void saveInkReadings(const Dictionary& inkDict, std::string_view printerId);
 
 // What the two ways to store do to the entries.

@@ -1,11 +1,8 @@
 #include "history/monthly_levels.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cmath>
-#include <limits>
 
-#include "records/printer_record.h"
+#include "records/ink_dict.h"
 
 namespace tintoral {
 namespace {
@@ -60,37 +57,14 @@ std::vector<year_month> shownMonths(const std::vector<Reading>& readings) {
     return months;
 }
 
-struct LevelOfValue {
-    using Level = std::optional<int>;
-
-    Level operator()(std::int64_t number) const {
-        if (number < 0) return std::nullopt;
-        return static_cast<int>(std::min<std::int64_t>(number, std::numeric_limits<int>::max()));
-    }
-    Level operator()(double number) const {
-        constexpr double kLimit = 1e9;
-        if (!(number >= 0)) return std::nullopt;
-        return static_cast<int>(std::min(number, kLimit));
-    }
-    Level operator()(const std::string& text) const {
-        std::int64_t number = -1;
-        std::from_chars(text.data(), text.data() + text.size(), number);
-        return (*this)(number);
-    }
-    template <typename T>
-    Level operator()(const T&) const {
-        return std::nullopt;
-    }
-};
-
-std::optional<int> levelOf(const Value& value) {
-    return std::visit(LevelOfValue(), value.storage());
+// Markers in place of a level are none here.
+std::optional<int> shownLevelOf(const Value& value) {
+    const auto level = levelOf(value);
+    return level && *level >= 0 ? level : std::nullopt;
 }
 
 void addInk(std::string_view name, std::vector<std::string>& inks) {
-    const bool isInk =
-        !name.empty() && name != keys::date && name != keys::colors && name != keys::rgbColors;
-    if (!isInk || inks.size() == kMostMonthlyInks) return;
+    if (name.empty() || !isInkName(name) || inks.size() == kMostMonthlyInks) return;
     if (std::ranges::find(inks, name) == inks.end()) inks.emplace_back(name);
 }
 
@@ -106,7 +80,7 @@ std::vector<std::string> shownInks(const Array& history, const std::vector<Readi
     for (const Reading& reading : readings) {
         if (inks.size() == kMostMonthlyInks) break;
         for (const auto& [key, value] : *reading.entry) {
-            if (levelOf(value)) addInk(key, inks);
+            if (shownLevelOf(value)) addInk(key, inks);
         }
     }
     return inks;
@@ -122,7 +96,7 @@ std::vector<std::optional<int>> levelsOfInk(const std::string& ink,
     std::vector<std::optional<int>> levels(months.size());
     for (const Reading& reading : readings) {
         const Value* value = reading.entry->find(ink);
-        const auto level = value ? levelOf(*value) : std::nullopt;
+        const auto level = value ? shownLevelOf(*value) : std::nullopt;
         if (level) levels[monthsBetween(months.front(), monthOf(reading.date))] = level;
     }
     return levels;

@@ -5,11 +5,12 @@
 #include "netproto/printer_mib.h"
 #include "records/model_merge.h"
 #include "support/text.h"
-#include "vendors/epson.h"
 #include "vendors/maker_and_model.h"
 
 namespace tintoral {
 namespace {
+
+constexpr std::size_t kLongestHost = 64;  // of which the printers are asked
 
 struct ConnectionRow {
     std::string_view serviceType;
@@ -89,15 +90,18 @@ std::string answerInWords(const AddressRequest& request, const PrinterRecord& pr
     }
 }
 
-// A printer that was typed in has announced no command set. A Canon that does not answer in the
-// plain language is asked in IVEC, and remembered to speak it when that yields levels.
+// A printer that was typed in has announced no command set. A Canon that tells no levels in the
+// plain language is asked in IVEC, and remembered to speak it when that yields some.
 UpdateOutcome askInEachLanguage(PrinterRecord& printer) {
     const UpdateOutcome plain = updatePrinter(printer);
-    if (plain == UpdateOutcome::Levels || printer.text(keys::makerName) != "Canon") return plain;
+    if (plain != UpdateOutcome::NoLevels || printer.text(keys::makerName) != makers::canon)
+        return plain;
+    const std::string status = printer.text(keys::printerStatus);
     printer.set(keys::usbCmd, "IVEC");
-    const UpdateOutcome ivec = updatePrinter(printer);
-    if (ivec != UpdateOutcome::Levels) printer.remove(keys::usbCmd);
-    return ivec;
+    if (updatePrinter(printer) == UpdateOutcome::Levels) return UpdateOutcome::Levels;
+    printer.remove(keys::usbCmd);
+    printer.set(keys::printerStatus, status);
+    return plain;
 }
 
 }  // namespace
@@ -108,6 +112,7 @@ std::string problemWith(const AddressRequest& request) {
         cleanText(request.host) != request.host) {
         return "An address is a host name or four numbers with dots, without a port or a path.";
     }
+    if (request.host.size() > kLongestHost) return "The address is longer than 64 characters.";
     if (request.port == 0) return "The port is a number from 1 to 65535.";
     if (request.makerAndModel.empty()) return "Enter the printer's maker and model.";
     return {};
@@ -131,7 +136,6 @@ PrinterRecordPtr makeAddressedRecord(const AddressRequest& request) {
     printer->set(keys::date, currentDate());
     printer->set(keys::active, kYes);
     printer->set(keys::addedByAddress, kYes);
-    if (maker == "EPSON") printer->set(keys::commandType, epson_commands::rc);
     return printer;
 }
 

@@ -27,8 +27,7 @@ struct AddressRequest {
 std::string problemWith(const AddressRequest& request);
 
 // The record of the printer. Its "addedByAddress" is "YES"; its "printerId" names the model and the
-// address, so two printers of one model stay apart. No announcement tells an Epson printer's
-// command set, so its record begins with the first of the remote-mode variants.
+// address, so two printers of one model stay apart.
 PrinterRecordPtr makeAddressedRecord(const AddressRequest& request);
 
 // The printer's own name for itself, asked over SNMP (RFC 2790 hrDeviceDescr); empty when it does
@@ -42,8 +41,9 @@ struct AddressAnswer {
     PrinterRecordPtr printer;  // with what was learned on the way
 };
 
-// Tries one update of the printer that the request describes, with what `models` knows of it. Takes
-// at most the time-outs of that connection.
+// Tries one update of the printer that the request describes, with what `models` knows of it, and a
+// Canon that tells no levels once more in its other language. Takes at most the time-outs of that
+// connection, or twice those.
 AddressAnswer testAddress(const AddressRequest& request, const ModelTable& models);
 
 }  // namespace tintoral

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "ink/ink_quantities.h"
-#include "records/printer_record.h"
+#include "records/ink_dict.h"
 #include "support/text.h"
 
 namespace tintoral {
@@ -24,12 +24,12 @@ std::vector<std::string> inkNames(const Dictionary& inkDict) {
     return names;
 }
 
-void judgeInk(const std::string& name, std::int64_t level, std::int64_t before, LowInkNews& news) {
+void judgeInk(const std::string& name, int level, std::int64_t before, LowInkNews& news) {
     if (level > kLowLevel) return;
     const std::int64_t threshold = level > kVeryLowLevel ? kLowLevel : kVeryLowLevel;
     const bool isNew = before == 0 || threshold < before;
     news.announced.set(name, isNew ? threshold : before);
-    news.inks.push_back({cleanText(name), static_cast<int>(level)});
+    news.inks.push_back({cleanText(name), level});
     news.isNew |= isNew;
 }
 
@@ -39,7 +39,8 @@ LowInkNews judgeReading(const Dictionary& announced, const Dictionary& inkDict) 
     LowInkNews news;
     for (const std::string& name : inkNames(inkDict)) {
         if (news.announced.contains(name)) continue;  // two inks of one name share a level
-        const std::int64_t level = inkDict.integer(name).value_or(-1);
+        const Value* value = inkDict.find(name);
+        const int level = value ? levelOf(*value).value_or(-1) : -1;
         const std::int64_t before = announced.integer(name).value_or(0);
         if (level >= 0) {
             judgeInk(name, level, before, news);

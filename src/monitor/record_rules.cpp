@@ -18,6 +18,9 @@ constexpr std::array kFoundKeys{keys::port, keys::usbVStatus, keys::usbS, keys::
 constexpr std::array kAirPortKeys{keys::kind, keys::serviceType, keys::port, keys::hostName,
                                   keys::usbPrinterName};
 
+// The same printer may be added again with another connection.
+constexpr std::array kTypedInKeys{keys::kind, keys::serviceType, keys::usbCmd};
+
 template <typename Keys>
 void copyPresent(const PrinterRecord& from, PrinterRecord& to, const Keys& names) {
     for (const std::string_view key : names) {
@@ -40,13 +43,10 @@ bool isLocal(std::string_view kind) {
 }  // namespace
 
 void prepareAtStart(PrinterRecord& printer) {
-    if (isLocal(printer.text(keys::kind))) {
-        printer.set(keys::printerStatus, "unknown");
-    } else if (printer.text(keys::addedByAddress) == kYes) {
-        printer.set(keys::active, kYes);
-    } else {
-        printer.set(keys::active, kNo);
-    }
+    const bool addedByAddress = printer.text(keys::addedByAddress) == kYes;
+    const bool isNeverAnnounced = isLocal(printer.text(keys::kind)) || addedByAddress;
+    if (isNeverAnnounced) printer.set(keys::printerStatus, "unknown");
+    if (!isLocal(printer.text(keys::kind))) printer.set(keys::active, addedByAddress ? kYes : kNo);
 }
 
 void copySelectedValues(const PrinterRecord& chosen, PrinterRecord& known) {
@@ -54,6 +54,7 @@ void copySelectedValues(const PrinterRecord& chosen, PrinterRecord& known) {
     copyPresent(chosen, known, kSelectedKeys);
     const bool keepsItsPort = known.text(keys::kind).starts_with("riousb");
     if (!keepsItsPort) copyPresent(chosen, known, std::array{keys::port});
+    if (chosen.text(keys::addedByAddress) == kYes) copyPresent(chosen, known, kTypedInKeys);
     if (chosen.text(keys::serverType) != server_types::airPort) return;
     for (const std::string_view key : kAirPortKeys) copyEvenAbsent(chosen, known, key);
 }

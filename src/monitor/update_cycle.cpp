@@ -31,19 +31,19 @@ int readAnnouncedHPStatus(PrinterRecord& printer, InkQuantities& inks, BoundedTe
 }
 
 int askAirPortRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
-    const bool isHP = printer.text(keys::makerName) == "HP";
+    const bool isHP = printer.text(keys::makerName) == makers::hp;
     return isHP ? readAnnouncedHPStatus(printer, inks, status)
                 : port9100GetInkStatus(printer, inks, status);
 }
 
 int askAirPortLpd(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
-    return printer.text(keys::makerName) == "EPSON"
+    return printer.text(keys::makerName) == makers::epson
                ? port9100GetEpsonRemoteInkStatus(printer, inks, status)
                : 0;
 }
 
 int askNetworkRawPort(PrinterRecord& printer, InkQuantities& inks, BoundedText& status) {
-    const bool isHP = printer.text(keys::makerName) == "HP";
+    const bool isHP = printer.text(keys::makerName) == makers::hp;
     return isHP ? askPrinterMib(printer, inks, status)
                 : port9100GetInkStatus(printer, inks, status);
 }
@@ -66,7 +66,7 @@ constexpr std::array kDispatchTable{
 
 void keepReading(PrinterRecord& printer, const InkQuantities& inks, const BoundedText& status) {
     const Date now = currentDate();
-    if (!printer.contains(keys::colors)) printer.set(keys::colors, colorNames(inks));
+    if (!printer.array(keys::colors)) printer.set(keys::colors, colorNames(inks));
     Dictionary inkDict = makeInkDict(*printer.texts(keys::colors), inks, now);
     if (const Value* rgbColors = printer.find(keys::rgbColors))
         inkDict.set(keys::rgbColors, *rgbColors);

@@ -1,10 +1,37 @@
 #include "records/ink_dict.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <limits>
 
 #include "ink/color_vocabulary.h"
 
 namespace tintoral {
+namespace {
+
+struct LevelOfValue {
+    using Limits = std::numeric_limits<int>;
+
+    std::optional<int> operator()(std::int64_t number) const {
+        return static_cast<int>(std::clamp<std::int64_t>(number, Limits::min(), Limits::max()));
+    }
+    std::optional<int> operator()(double number) const {
+        if (std::isnan(number)) return std::nullopt;
+        return static_cast<int>(std::clamp<double>(number, Limits::min(), Limits::max()));
+    }
+    std::optional<int> operator()(const std::string& text) const {
+        int number = 0;
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+        return result.ec == std::errc() ? std::optional(number) : std::nullopt;
+    }
+    template <typename T>
+    std::optional<int> operator()(const T&) const {
+        return std::nullopt;
+    }
+};
+
+}  // namespace
 
 void prefillQuantities(const std::vector<std::string>& colors, InkQuantities& record) {
     constexpr std::int8_t kFull = 100;
@@ -32,6 +59,14 @@ Dictionary makeInkDict(const std::vector<std::string>& colors, const InkQuantiti
     inkDict.set(keys::colors, colors);
     inkDict.set(keys::date, date);
     return inkDict;
+}
+
+bool isInkName(std::string_view key) {
+    return key != keys::date && key != keys::colors && key != keys::rgbColors;
+}
+
+std::optional<int> levelOf(const Value& value) {
+    return std::visit(LevelOfValue(), value.storage());
 }
 
 }  // namespace tintoral

@@ -5,7 +5,9 @@
 // "#RRGGBB" texts under "rgbColors".
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "ink/ink_quantities.h"
@@ -24,5 +26,12 @@ std::vector<std::string> colorNames(const InkQuantities& record);
 // two equal names the later level counts.
 Dictionary makeInkDict(const std::vector<std::string>& colors, const InkQuantities& record,
                        Date date);
+
+// Whether an inkDict's value under this key is a level.
+bool isInkName(std::string_view key);
+
+// The level that a value stands for: a number, cut to whole percents, or a text that begins with a
+// whole number; nothing for any other.
+std::optional<int> levelOf(const Value& value);
 
 }  // namespace tintoral

@@ -36,10 +36,13 @@ using std::chrono::minutes;
 class MainWindow : public testing::Test {
   protected:
     MainWindow() {
-        peer_.emplace("127.0.0.1", 9100,
-                      test::TcpScript{[this] { epson_.connected(); },
-                                      [this](Bytes bytes) { return epson_.onReceive(bytes); }});
+        peer_.emplace("127.0.0.1", 9100, script());
         start();
+    }
+
+    test::TcpScript script() {
+        return {[this] { epson_.connected(); },
+                [this](Bytes bytes) { return epson_.onReceive(bytes); }};
     }
 
     // Starts the program (again) on the same home.
@@ -240,6 +243,18 @@ TEST_F(MainWindow, PopupSwitchesPrintersAndSelectPrinterDoesNotStay) {
     auto* browser = controller_->myWindow().findChild<QDialog*>(QStringLiteral("PrinterBrowser"));
     ASSERT_TRUE(browser);
     EXPECT_TRUE(browser->isVisible());
+}
+
+TEST_F(MainWindow, AnOfflinePrinterIsAskedAgainWhenItIsChosenAnew) {
+    choose(printerAt("127.0.0.1"));
+    peer_.reset();
+    updateButton().click();
+    EXPECT_EQ(status(), "Offline");
+    choose(printerAt("127.0.0.2"));
+    peer_.emplace("127.0.0.1", 9100, script());
+    clock_.advance(minutes(11));
+    Q_EMIT find<QComboBox>("printerIdPopup").activated(1);
+    EXPECT_EQ(status(), "Idle");
 }
 
 TEST_F(MainWindow, TheHistoryWindowShowsTheSelectedPrinterAndItsUpdates) {

@@ -29,6 +29,7 @@ constexpr int kBeatMs = 5;
 
 std::vector<MdnsService> services(int count) {
     std::vector<MdnsService> all;
+    all.reserve(static_cast<std::size_t>(count));
     for (int i = 0; i < count; ++i) {
         all.push_back({"P" + std::to_string(i),
                        "_pdl-datastream._tcp",

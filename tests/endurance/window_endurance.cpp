@@ -116,6 +116,7 @@ class Announcements {
 
     bool comeAndGo() {
         std::vector<ServiceId> services;
+        services.reserve(kAppearances);
         for (int i = 0; i < kAppearances; ++i)
             services.push_back({"P" + std::to_string(++number_), "_pdl-datastream._tcp."});
         for (const ServiceId& id : services) {

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     std::string hidden = report;
     hideSerialNumbers(hidden, serial);
     if (hidden.size() != report.size()) std::abort();
-    const bool isPlain = serial.size() == 5 && serial.find('*') == serial.npos;
-    if (isPlain && hidden.find(serial) != hidden.npos) std::abort();
+    const bool isPlain = serial.size() == 5 && serial.find('*') == std::string::npos;
+    if (isPlain && hidden.find(serial) != std::string::npos) std::abort();
     return 0;
 }

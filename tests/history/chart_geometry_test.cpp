@@ -94,13 +94,24 @@ TEST(ChartLine, FollowsTheReadings) {
         {"all before", {{-40, 90}, {-1, 80}}, "30,180 "},
         {"never to the left", {{4, 90}, {2, 80}, {-9, 70}, {5, 60}}, "42,200 42,160 42,200 42,160 45,140 "},
         {"one day", {{1, 50}, {1, 90}, {1, 10}, {1, 40}, {2, 40}}, "33,120 33,40 33,200 33,100 36,100 "},
-        {"values of other types", {{1, "80"}, {2, "x"}, {3, 20.9}, {4, true}, {5, std::nan("")}}, "33,180 39,60 45,20 "},
+        {"values of other types", {{1, "80"}, {2, "x"}, {3, 20.9}, {4, true}, {5, std::nan("")}}, "33,180 39,60 "},
         {"no numbers", {{1, "much"}, {2, Array{5}}}, ""},
         {"one point beyond the edge", {{1, 50}, {400, 40}, {500, 30}}, "33,120 1230,100 "},
     };
     for (const auto& c : cases) EXPECT_EQ(line.of(c.readings), c.points) << c.what;
 }
 // clang-format on
+
+TEST(ChartLine, TheSquareStandsOnTheDayOfTheLastReading) {
+    const ChartScale scale{sys_days{year{2026} / 1 / 1}, 4};
+    const auto end = [&](std::vector<ChartReading> readings) {
+        const ChartPoint point = chartEnd({{}, {}, {}, std::move(readings)}, scale);
+        return std::pair(std::lround(point.x), std::lround(point.y));
+    };
+    const sys_days start = scale.startDate;
+    EXPECT_EQ(end({{start + days(4), 90}, {start + days(2), 50}}), std::pair(36L, 120L));
+    EXPECT_EQ(end({{start + days(4), 90}, {start - days(9), 50}}), std::pair(30L, 120L));
+}
 
 TEST(ChartSeries, OrdersAndColoursTheInksByTheLastEntry) {
     const Date now = at(2026, 1, 1);

@@ -122,6 +122,9 @@ TEST_F(InkHistoryStore, BeginsAndContinuesOneFilePerPrinter) {
     prepareHistoryFolder();
     saveInkReadings(reading(50, 1), "Network:X");
     EXPECT_EQ(listed(), 0) << "the filter never begins a history";
+    writeFile(historyFolder() / "Empty", formatPropertyList(Array()));
+    saveInkReadings(reading(50, 1), "Empty");
+    EXPECT_EQ(inkHistory("Empty")->size(), 1U);
     EXPECT_EQ(lastLevelForPrinterId("Network:X"), std::nullopt);
     EXPECT_TRUE(saveInkReadingsForPrinterId(reading(50, 1), "Network:X"));
     EXPECT_TRUE(saveInkReadingsForPrinterId(reading(49, 1), "Network:X"));

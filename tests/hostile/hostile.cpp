@@ -23,7 +23,7 @@ namespace {
 
 constexpr double kMarginSeconds = 3;      // of a busy machine
 constexpr unsigned kLongestSeconds = 40;  // real ones, then the case is killed
-constexpr long kMemoryKiB = 96 * 1024;    // of a case, above what this process has
+constexpr long kMemoryKiB = 96L * 1024;   // of a case, above what this process has
 // Sentences that say nothing of a printer's own.
 constexpr std::string_view kEmptyWords[] = {
     "",        "Offline", "Online",           "Online but can't get ink levels",

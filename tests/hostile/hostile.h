@@ -17,7 +17,7 @@ using ByteVector = std::vector<std::uint8_t>;
 // What the program made of a peer. Without levels the result is 0 or negative.
 struct Answer {
     int result = 0;
-    std::string status = "";
+    std::string status = {};
     std::vector<int> levels = {};
 };
 

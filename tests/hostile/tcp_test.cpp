@@ -126,11 +126,12 @@ std::vector<BadManners> httpHardships() {
         {"endless body of no length", ok + "\r\n", page},
     };
     std::vector<BadManners> all;
-    for (const auto& row : rows)
+    for (const auto& row : rows) {
         all.push_back({row.name,
                        {.pieceGap = row.gap,
                         .spoil = [=](ByteVector& answer) { answer = bytesOf(row.start); },
                         .endless = bytesOf(row.endless)}});
+    }
     return all;
 }
 

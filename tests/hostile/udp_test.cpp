@@ -96,10 +96,11 @@ std::vector<Hardship> peersOf(MakePeer make, const LengthField& length) {
     };
     for (const Lie& lie : liesAbout(length)) rows.push_back({lie.name, lie.spoil});
     std::vector<Hardship> all{{"nobody listens", [](const Place&, int) { return nullptr; }}};
-    for (const Row& row : rows)
+    for (const Row& row : rows) {
         all.push_back({row.name, [make, row](const Place& place, int) {
                            return make(place, row.spoil, row.answers);
                        }});
+    }
     return all;
 }
 

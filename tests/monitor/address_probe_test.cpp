@@ -26,6 +26,7 @@ TEST(AddressProbe, SaysWhatIsWrong) {
          {"", "10.0.0.9:9100", "http://x", "a b", "a\tb", "fe80::1", "user@host"}) {
         EXPECT_NE(problem(host, "Acme One"), "") << host;
     }
+    EXPECT_NE(problem(std::string(65, 'x').c_str(), "Acme One"), "");
     EXPECT_NE(problem("10.0.0.9", ""), "");
 }
 

@@ -14,20 +14,23 @@ PrinterRecord recordOf(const Entries& entries) {
 }
 
 TEST(RecordRules, AtStartNetworkPrintersAreAbsentUnlessAddedByAddress) {
+    const Entries unknown{{keys::printerStatus, "unknown"}};
     const struct {
         Entries before;
-        std::string_view changed;
-        std::string_view value;
+        Entries changes;
     } cases[] = {
-        {{{keys::kind, "USB"}}, keys::printerStatus, "unknown"},
-        {{{keys::kind, "bjnp:10.0.0.1"}}, keys::printerStatus, "unknown"},
-        {{{keys::kind, "port9100:10.0.0.1"}, {keys::active, kYes}}, keys::active, kNo},
-        {{{keys::kind, "lpd:10.0.0.1"}, {keys::addedByAddress, kYes}}, keys::active, kYes},
+        {{{keys::kind, "USB"}}, unknown},
+        {{{keys::kind, "bjnp:10.0.0.1"}, {keys::printerStatus, "Offline"}}, unknown},
+        {{{keys::kind, "port9100:10.0.0.1"}, {keys::active, kYes}}, {{keys::active, kNo}}},
+        {{{keys::kind, "lpd:10.0.0.1"},
+          {keys::addedByAddress, kYes},
+          {keys::printerStatus, "Offline"}},
+         {{keys::active, kYes}, unknown[0]}},
     };
     for (const auto& c : cases) {
         PrinterRecord printer = recordOf(c.before);
         PrinterRecord expected = printer;
-        expected.set(c.changed, c.value);
+        for (const auto& [key, value] : c.changes) expected.set(key, value);
         prepareAtStart(printer);
         EXPECT_EQ(printer, expected) << printer.text(keys::kind);
     }
@@ -37,6 +40,7 @@ TEST(RecordRules, AKnownPrinterTakesOverItsNewAddress) {
     const Entries known{{keys::kind, "port9100:10.0.0.1"}, {keys::port, 9100}, {keys::ippURL, "u"}};
     const Entries shared{{keys::kind, "riousb:10.0.0.1"}, {keys::hostName, "h"}, {keys::port, 1}};
     const Entries fresh{{keys::ipAdrs, "10.0.0.2"}, {keys::port, 9101}, {keys::kind, "lpd:x"}};
+    const Entries typedIn{{keys::kind, "lpd:10.0.0.1"}, {keys::addedByAddress, kYes}};
     Entries airPort = fresh;
     airPort.emplace_back(keys::serverType, server_types::airPort);
     const struct {
@@ -49,6 +53,7 @@ TEST(RecordRules, AKnownPrinterTakesOverItsNewAddress) {
     } cases[] = {
         {"selected", copySelectedValues, fresh, known, {fresh[0], fresh[1]}, ""},
         {"keeps its port", copySelectedValues, fresh, shared, {fresh[0]}, ""},
+        {"added with another connection", copySelectedValues, typedIn, known, {typedIn[0]}, ""},
         {"even what is absent", copySelectedValues, airPort, shared, fresh, keys::hostName},
         {"found", copyFoundValues, fresh, known, {fresh[0], fresh[1], {keys::active, kYes}}, ""},
         {"only what is present",

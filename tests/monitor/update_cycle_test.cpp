@@ -81,6 +81,14 @@ TEST(UpdateCycle, FailuresKeepTheLastLevels) {
     }
 }
 
+TEST(UpdateCycle, ColorsThatAreNoListAreReplaced) {
+    answer = 3;
+    PrinterRecord printer = recordOf();
+    printer.set(keys::colors, "Black");
+    EXPECT_EQ(updatePrinter(printer, kTable), UpdateOutcome::Levels);
+    EXPECT_EQ(printer.array(keys::colors)->size(), 3U);
+}
+
 TEST(UpdateCycle, DispatchGoesByServerTypeAndKind) {
     answer = 3;
     PrinterRecord withdrawn = recordOf("AirPort", "riousb:10.0.0.1");
