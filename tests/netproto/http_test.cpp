@@ -195,7 +195,8 @@ TEST(HttpAnswer, WaitsFiveSecondsForAByte) {
 }
 
 TEST(HttpExchange, CarriesLargeBodiesBothWaysInEitherFraming) {
-    std::string large(12000000, '\0');  // more than both buffers of a connection hold
+    std::string large;
+    large.resize(12'000'000);  // more than both buffers of a connection hold
     for (std::size_t i = 0; i < large.size(); ++i) large[i] = static_cast<char>(i % 251);
     for (const bool chunked : {false, true}) {
         const VirtualHttpServer server(kHost, kPort, [&](const test::HttpRequest& request) {
@@ -245,12 +246,12 @@ TEST(HttpExchange, ReportsASendToAPeerThatIsGone) {
 // Expected digests by md5sum; the password stands before the realm, as meant.
 TEST(HttpAuthorization, IsMadeOfTheChallenge) {
     const std::string start =
-        "Digest username=\"bob\", realm=\"Tintoral Test\", nonce=\"n0nce\", uri=\"/ipp/print\", ";
+        R"(Digest username="bob", realm="Tintoral Test", nonce="n0nce", uri="/ipp/print", )";
     const std::string end = "response=\"19b2b75036db732576c013719ab9b2c0\"";
     const std::pair<const char*, std::string> rows[] = {
         {"BASIC realm=\"x\"", "Basic Ym9iOnMzY3JldA=="},
-        {"Digest realm=\"Tintoral Test\", nonce=\"n0nce\"", start + end},
-        {"digest nonce=\"n0nce\",opaque = \"o p\",realm=\"Tintoral Test\"",
+        {R"(Digest realm="Tintoral Test", nonce="n0nce")", start + end},
+        {R"(digest nonce="n0nce",opaque = "o p",realm="Tintoral Test")",
          start + "opaque=\"o p\", " + end},
     };
     const auto requester = nHttpBegin(kUrl, "POST", "1.1", "");

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <vector>
 
 #include "netproto/ipp_builders.h"
@@ -113,6 +114,27 @@ TEST(IppRequest, OtherOperationsBeginAlike) {
               }),
               request(0x17, attribute(0x42, "requesting-user-name", "u") +
                                 attribute(0x21, "notify-job-id", "\0\0\0\7"s) + notifying));
+}
+
+TEST(IppRequest, EachOperationHasItsNumber) {
+    const IppRequestHead head{.printerUri = "ipp://h/p"};
+    using Build = std::function<std::size_t(MutableBytes)>;
+    const std::pair<std::size_t, Build> rows[] = {
+        {0x0002,
+         [&](auto out) {
+             return mkPrintJobRequest(head, {"j", "u", "d", "f", "r"}, out);
+         }},
+        {0x0008, [&](auto out) { return mkCancelJobRequest(head, 7, "u", out); }},
+        {0x0009, [&](auto out) { return mkGetJobAttrRequest(head, 7, "u", {}, out); }},
+        {0x000A, [&](auto out) { return mkGetJobsRequest(head, "u", {}, out); }},
+        {24, [&](auto out) { return mkGetSubscriptionAttrRequest(head, 7, {}, out); }},
+        {25, [&](auto out) { return mkGetSubscriptionsRequest(head, 7, {}, out); }},
+        {0x400B, [&](auto out) { return mkCupsGetDevicesRequest(head, {}, out); }},
+        {0x400C, [&](auto out) { return mkCupsGetPpdsRequest(head, "HP", {}, out); }},
+        {0x400F, [&](auto out) { return mkCupsGetPpdRequest(head, out); }},
+    };
+    for (const auto& [operation, build] : rows)
+        EXPECT_EQ(built(build).substr(2, 2), length(operation)) << operation;
 }
 
 // A value of each kind, and of the tags that are passed over.

@@ -96,16 +96,16 @@ TEST(Ipp, TakesTheFirstOfThreeMarkers) {
 TEST(Ipp, BelievesNewerServersOnlyAndHoldsLevels) {
     const struct {
         const char* version;
+        const char* status;
         int state, level;
         int result;
-        const char* status;
         InkEntry entry;
     } rows[] = {
-        {"1.3", 4, 80, 0, "Printing", {65, 100}},        {"1.3.9", 3, 80, 0, "Idle", {65, 100}},
-        {"2.4.2", 5, 0, 1, "Unknown", {0, 0}},  // stopped, as meant
-        {"10.0", 6, 101, 1, "None", {0, 100}},           {"1.4", 2, -3, 1, "None", {0, -3}},
-        {"1.4", INT32_MIN, -1000, 1, "None", {0, -128}}, {"", 3, 80, 0, "Idle", {65, 100}},
-        {"infinity", 3, 80, 0, "Idle", {65, 100}},
+        {"1.3", "Printing", 4, 80, 0, {65, 100}},        {"1.3.9", "Idle", 3, 80, 0, {65, 100}},
+        {"2.4.2", "Unknown", 5, 0, 1, {0, 0}},  // stopped, as meant
+        {"10.0", "None", 6, 101, 1, {0, 100}},           {"1.4", "None", 2, -3, 1, {0, -3}},
+        {"1.4", "None", INT32_MIN, -1000, 1, {0, -128}}, {"", "Idle", 3, 80, 0, {65, 100}},
+        {"infinity", "Idle", 3, 80, 0, {65, 100}},
     };
     for (const auto& row : rows) {
         const auto attributes = threeMarkers(row.version, row.state, row.level);
@@ -140,6 +140,18 @@ TEST(Ipp, NoAnswerLeavesTheStatus) {
     }
     Inquiry().expectNothing();
     Inquiry("").expectNothing();
+}
+
+TEST(Ipp, AWholeMessageCountsHoweverItsBodyEnds) {
+    const std::string message = ippMessage(threeMarkers("1.4", 3, 80));
+    const std::string ok = "HTTP/1.1 200 OK\r\n";
+    for (const auto& [head, closes] :
+         {std::pair(ok + "\r\n", false), {ok + "Content-Length: 5000\r\n\r\n", true}}) {
+        const VirtualHttpServer server(kAddress, 631, {{{head + message}}, closes});
+        const Inquiry inquiry;
+        EXPECT_EQ(inquiry.result, 1);
+        EXPECT_EQ(inquiry.status.view(), "Idle");
+    }
 }
 
 TEST(Ipp, AnswersAChallengeOnANewConnection) {

@@ -198,13 +198,16 @@ TEST(ParseSnmpPacket, ToleratesAnyDamage) {
 TEST(Dump, IsReadableAndOfOneLineAText) {
     const Octets packet =
         response(joined({binding({0x2B, 6}, {2, 1, 0xFE}), binding({0x2B, 8}, {5, 0}),
+                         binding({0x2B, 9}, {6, 1, 0x2B}), binding({0x2B, 10}, {0x41, 1, 5}),
                          binding({0x2B, 7}, tlv(4, {'a', '\n', 0x1B, 'b', 0, 'c'}))}));
     FixedText<1024> text("before\n");
     EXPECT_EQ(sdumpSnmpPacket(text, packet), 0U);
-    EXPECT_TRUE(text.view().starts_with("before\nheader len = "));
-    EXPECT_TRUE(
-        text.view().ends_with("oid = 1.3.6v = -2 \noid = 1.3.8v = null\n"
-                              "oid = 1.3.7v = 'ab'\n"));
+    // No separator before the name of the PDU, the body's length in hexadecimal, as meant.
+    EXPECT_EQ(text.view(),
+              "before\nheader len = 0 73 \nversion = 0 len = 3\ncommunity = public \n"
+              "PDU Type = a2 len = 62Response\nrequestID = 1 \nerror status = 2 \n"
+              "error index = 3 \nBody 30 len = 33 \noid = 1.3.6v = -2 \noid = 1.3.8v = null\n"
+              "oid = 1.3.9v = 1.3 \noid = 1.3.10v = 5\noid = 1.3.7v = 'ab'\n");
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <stdexcept>
 #include <thread>
+#include <utility>
 
 namespace tintoral::test {
 namespace {
@@ -22,7 +23,8 @@ bool hasAvahi() {
                "command -v avahi-daemon >/dev/null && command -v dbus-daemon >/dev/null") == 0;
 }
 
-AvahiChild::AvahiChild(const char* what, const std::filesystem::path& socket) : socket_(socket) {
+AvahiChild::AvahiChild(const char* what, std::filesystem::path socket)
+    : socket_(std::move(socket)) {
     using namespace std::chrono_literals;
     constexpr int kAttempts = 1000;
     std::filesystem::remove(socket_);

@@ -18,7 +18,7 @@ bool hasAvahi();
 class AvahiChild {
   public:
     // Waits until `socket` takes connections; throws std::runtime_error after 10 s.
-    AvahiChild(const char* what, const std::filesystem::path& socket);
+    AvahiChild(const char* what, std::filesystem::path socket);
     ~AvahiChild();
     AvahiChild(const AvahiChild&) = delete;
     AvahiChild& operator=(const AvahiChild&) = delete;

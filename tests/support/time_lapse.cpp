@@ -65,9 +65,10 @@ int poll(pollfd* entries, nfds_t count, int timeout) {
 
 int timerfd_settime(int timer, int flags, const itimerspec* next, itimerspec* previous) noexcept {
     itimerspec real{{}, shortened(next->it_value)};
-    if ((flags & TFD_TIMER_ABSTIME) != 0 && nanoseconds(next->it_value) > start)
+    if ((flags & TFD_TIMER_ABSTIME) != 0 && nanoseconds(next->it_value) > start) {
         real.it_value =
             asTimespec(start + (nanoseconds(next->it_value) - start + factor - 1) / factor);
+    }
     return static_cast<int>(::syscall(SYS_timerfd_settime, timer, flags, &real, previous));
 }
 }

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <numeric>
+#include <utility>
 
 #include "simulators/tcp_peer.h"
 #include "simulators/virtual_canon.h"
@@ -29,7 +30,7 @@ struct Printer {
         : epson(setup),
           peer(kAddress, kPort,
                {[this] { epson.connected(); }, [this](Bytes b) { return epson.onReceive(b); }},
-               manners) {}
+               std::move(manners)) {}
 
     test::VirtualEpson epson;
     test::TcpPeer peer;

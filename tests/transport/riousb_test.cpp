@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "simulators/tcp_peer.h"
 #include "simulators/virtual_base_station.h"
@@ -33,7 +34,7 @@ struct Station {
         : station(setup),
           peer(kAddress, kPort,
                {[this] { station.connected(); }, [this](Bytes b) { return station.onReceive(b); }},
-               manners) {}
+               std::move(manners)) {}
 
     test::VirtualBaseStation station;
     test::TcpPeer peer;
@@ -44,7 +45,7 @@ struct Opened {
     Opened() : scope(clock), connection(riousbOpen(kAddress, kPort, "usb1")) {}
     ~Opened() { riousbClose(std::move(connection)); }
 
-    int write(std::string_view text) { return riousbWrite(*connection, asBytes(text)); }
+    int write(std::string_view text) const { return riousbWrite(*connection, asBytes(text)); }
     std::string read(std::size_t size = 1024, milliseconds timeout = 300ms) {
         std::vector<std::uint8_t> buffer(size);
         result = riousbRead(*connection, buffer, timeout);

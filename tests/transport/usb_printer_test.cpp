@@ -37,7 +37,7 @@ SimUsbSetup withSettings(std::vector<SimUsbSetting> settings) {
     return setup;
 }
 
-SimUsbSetup with(std::function<void(SimUsbSetup&)> change) {
+SimUsbSetup with(const std::function<void(SimUsbSetup&)>& change) {
     SimUsbSetup setup;
     change(setup);
     return setup;
@@ -287,7 +287,7 @@ TEST_F(UsbPrinterTest, RepliesComeInPiecesUpToTheirCapacity) {
         const std::size_t pauses = clock_.pauses().size();
         EXPECT_EQ(reply(row.capacity, row.retries), row.expected) << row.what;
         EXPECT_EQ(clock_.pauses().size() - pauses, row.reads) << row.what;
-        while (read(512) != "") continue;
+        while (!read(512).empty()) continue;
     }
     ASSERT_TRUE(openInterface());
     printer.say(bytesOf("no longer than this"));

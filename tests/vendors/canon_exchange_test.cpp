@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <utility>
+
 #include "simulators/tcp_peer.h"
 #include "simulators/virtual_canon.h"
 #include "support/test_clock.h"
@@ -22,7 +24,7 @@ struct Printer {
         : canon(setup),
           peer(kAddress, kPort,
                {[this] { canon.connected(); }, [this](Bytes b) { return canon.onReceive(b); }},
-               manners) {}
+               std::move(manners)) {}
 
     test::VirtualCanon canon;
     test::TcpPeer peer;
