@@ -85,7 +85,8 @@ std::uint32_t VirtualBaseStation::statusFor(const Request& request) const {
 
 std::string VirtualBaseStation::message(std::uint32_t type, std::uint32_t sequence,
                                         std::uint32_t status, std::string_view payload) const {
-    const std::size_t length = payload.size() + (type == kRead ? setup_.addedLength : 0);
+    const std::size_t length = payload.size() + (type == kRead ? setup_.addedLength : 0) +
+                               (type == kOpen ? setup_.openLength : 0);
     return word(1) + word(type) + word(sequence) + word(length) + word(status) + word(kHandle) +
            std::string(payload);
 }

@@ -42,6 +42,7 @@ struct BaseStationSetup {
     bool deviceIDBeforeData = false;  // sent unasked, once a connection
     bool ignoresBytesWanted = false;  // a read gets all that there is
     std::uint32_t addedLength = 0;    // to the length of each data reply's header
+    std::uint32_t openLength = 0;     // in the header of the reply to open, which has no payload
     std::uint32_t chatterType = 0;    // 100 empty messages of that type before each reply
 };
 

@@ -3,9 +3,9 @@
 // Points with y upwards; a row takes 25 of them. The first row's y is 245 and the picture ends at
 // 270, however many rows there are; further rows go down, past 0 after the tenth.
 //
-//   x 10..170   the ink's name, right-aligned        x 308..346   the level as a number, in a view
-//   350 or wider x 175..300  the bar, 12 high, its glow up to 5 points further; three ticks below
-//   it
+//   x 10..170    the ink's name, right-aligned
+//   x 175..300   the bar, 12 high, its glow up to 5 points further; three ticks below it
+//   x 308..346   the level as a number, in a view 350 or wider
 //
 // The ground is white and the text black whatever the palette, as the shades of the bars and glows
 // are made for it.

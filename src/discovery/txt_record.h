@@ -17,8 +17,8 @@ inline constexpr std::string_view ty = "ty";           // maker and model in one
 inline constexpr std::string_view pdl = "pdl";         // document formats
 inline constexpr std::string_view rp = "rp";           // queue
 inline constexpr std::string_view printerState = "printer-state";
-inline constexpr std::string_view usbS = "usb_S";              // HP's status texts
-inline constexpr std::string_view usbVStatus = "usb_VSTATUS";  //
+inline constexpr std::string_view usbS = "usb_S";              // HP's status
+inline constexpr std::string_view usbVStatus = "usb_VSTATUS";  // HP's status
 }  // namespace txt_keys
 
 class TxtRecord {

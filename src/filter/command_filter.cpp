@@ -14,6 +14,7 @@
 #include "records/model_table.h"
 #include "records/printer_record.h"
 #include "support/clock.h"
+#include "support/report.h"
 #include "support/text.h"
 #include "transport/channels/d4_epson.h"
 #include "transport/usb/device_id.h"
@@ -160,7 +161,7 @@ std::string_view deviceScheme() {
     const std::string_view uri = variable ? variable : "";
     const std::size_t colon = uri.find(':');
     if (colon != std::string_view::npos) return uri.substr(0, colon);
-    std::fputs("ERROR: DEVICE_URI is not set or names no scheme\n", stderr);
+    reportLine("DEVICE_URI is not set or names no scheme");
     return {};
 }
 
@@ -268,6 +269,7 @@ const Dictionary* CommandFilter::printerDictionary() {
 }
 
 int doCupsCommands(int argc, char** argv) {
+    setReportPrefix("ERROR: ");
     std::unique_ptr<std::FILE, FileCloser> file;
     if (argc == 7) {
         file.reset(std::fopen(argv[6], "r"));

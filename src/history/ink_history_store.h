@@ -1,9 +1,8 @@
 // The ink history: one property-list file per printer, an array of inkDicts, oldest first.
 //
-//   ~/library/Application Support/                    temporary files while a history is replaced
-//   ~/library/Application Support/Tintoral/ID         the history of the printer whose "printerId"
-//   is ID
-//   ~/library/Application Support/Tintoral damaged/   histories that could not be read, kept aside
+//   ~/library/Application Support/     temporary files while a history is replaced
+//       Tintoral/ID                    the history of the printer whose "printerId" is ID
+//       Tintoral damaged/              histories that could not be read, kept aside
 //
 // Everything in the middle folder but ".DS_Store" counts as a printer with a history, so nothing
 // else is ever put there, not even by a crash. No folder is made out of a printer's name: an id

@@ -13,12 +13,10 @@ namespace tintoral {
 // lacks either of the two is left alone. Otherwise:
 //   - "Colors" becomes the entry's, when it has an array of that name.
 //   - "commandType" becomes the entry's "CommandType" only where the rules in the source allow it:
-//   what a printer
-//     was found to understand counts for more than the table, within limits.
+//     what a printer was found to understand counts for more than the table, within limits.
 //   - "nozzleCleaning", "printNozzleCheckPattern" and "cleaningAndTestPrint" become "YES" for each
-//   command that the
-//     entry's "options" list by its menu title, and are absent otherwise, also when there is no
-//     entry.
+//     command that the entry's "options" list by its menu title, and are absent otherwise, also
+//     when there is no entry.
 void updatePrinterDict(PrinterRecord& record, const ModelTable& models,
                        std::optional<std::string_view> key = std::nullopt);
 

@@ -23,8 +23,8 @@ class ModelTable {
     static ModelTable load(const std::filesystem::path& path);
 
     // The entry for a maker-and-model name: under the name itself; else under the name cut before
-    // its first " series"; else, for a name without that word, under the name followed by "
-    // series". Null when none of these leads to a dictionary. Lives as long as the table.
+    // its first " series"; else, for a name without that word, under the name with " series" behind
+    // it. Null when none of these leads to a dictionary. Lives as long as the table.
     const Dictionary* find(std::string_view makerAndModel) const;
 
     const Dictionary& entries() const { return entries_; }

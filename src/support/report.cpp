@@ -5,9 +5,18 @@
 #include "support/text.h"
 
 namespace tintoral {
+namespace {
+
+const char* reportPrefix = "Tintoral: ";
+
+}  // namespace
+
+void setReportPrefix(const char* prefix) {
+    reportPrefix = prefix;
+}
 
 void reportLine(std::string_view line) {
-    std::fprintf(stderr, "Tintoral: %s\n", cleanText(line).c_str());
+    std::fprintf(stderr, "%s%s\n", reportPrefix, cleanText(line).c_str());
 }
 
 }  // namespace tintoral

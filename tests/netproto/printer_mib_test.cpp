@@ -52,6 +52,12 @@ TEST(PrinterMib, ReadsARealAgentAndStopsAtTenSupplies) {
     agent.change(printer);
     EXPECT_EQ(levels(Inquiry("HP").record), (std::vector<int>{45, 0}));
     EXPECT_EQ(Inquiry("Hewlett-Packard").result, 4);
+    printer.deviceID = "MFG:HP;MDL:Deskjet;";
+    agent.change(printer);
+    const Inquiry withoutPens("HP");
+    EXPECT_EQ(withoutPens.result, 4);
+    EXPECT_TRUE(withoutPens.status.empty());  // lost, as meant
+    printer.deviceID.clear();
 
     printer.status = 5;
     printer.errors = "c0";

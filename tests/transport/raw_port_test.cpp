@@ -161,6 +161,16 @@ TEST(RawPort, OnlyVariantZeroWithoutD4ButRemoteModeForAnLpdQueue) {
     EXPECT_EQ(queue.text(keys::commandType), "RC");
 }
 
+TEST(EpsonExchange, AFailedSendIsReported) {
+    const test::TcpPeer goneAtOnce(kAddress, kPort, {.received = {}, .greeting = {'x'}},
+                                   {.resets = true});
+    testing::internal::CaptureStderr();
+    const Query query(2, nullptr);
+    EXPECT_EQ(query.result, -1);
+    EXPECT_EQ(query.status.view(), "before");
+    EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("tcpSendAndReceive: send : "));
+}
+
 TEST(RawPort, NeverContacted) {
     Printer printer;
     PrinterRecord record = recordOf("EPSON");

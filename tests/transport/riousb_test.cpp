@@ -143,6 +143,14 @@ TEST(Riousb, OpensNothingThatRefuses) {
     EXPECT_NE(Opened().connection, nullptr) << "a reply in pieces is one";
 }
 
+TEST(Riousb, ALengthThatNothingFollowsIsNoPayload) {
+    Station station({.printer = saying({"said"}), .openLength = 28});
+    Opened opened;
+    ASSERT_NE(opened.connection, nullptr);
+    opened.write("ask");
+    EXPECT_EQ(opened.read(), "said");
+}
+
 TEST(Riousb, DataBeforeAnAcknowledgementIsReadWithoutARequest) {
     Station station({.printer = saying({"one", "two"}), .dataBeforeAcknowledgement = true});
     Opened opened;

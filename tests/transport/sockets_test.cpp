@@ -204,6 +204,16 @@ TEST(OwnAddresses, AreThoseOfTheFirstInterfaceBesidesLoopback) {
     EXPECT_EQ(my_ntoa(text, six), 0);
     EXPECT_EQ(text.view(), "fe:80:0:0:0:0:0:0:0:0:0:0:0:0:0:a");
     EXPECT_EQ(GetMacAddress(nullptr, "en0"), 3);
+    MacAddress mac{};
+    EXPECT_EQ(myMacAddress("no such", mac) + myMacAddress("lo", mac), 0);
+    EXPECT_EQ(mac, MacAddress{});
+    myMacAddress("net0", mac);
+    EXPECT_NE(mac, MacAddress{});
+    sockaddr_in nameless{};
+    nameless.sin_family = AF_INET;
+    nameless.sin_addr.s_addr = htonl(0x0A4D0063);
+    EXPECT_EQ(gethostnameFromSock(nameless, text), 10);
+    EXPECT_EQ(text.view(), "10.77.0.99");
 }
 
 }  // namespace

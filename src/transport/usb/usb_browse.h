@@ -11,8 +11,8 @@ namespace tintoral {
 // the order of their location. A device with several such interfaces is listed once for each make
 // and model that they give. One whose device ID cannot be read is listed without make and model;
 // one that may not be opened is left out, and the person is told why (usb_permission.h). Each
-// device takes at most the time-outs of usb_requests.h. Result: the number of printers; 0 when the
-// devices cannot be listed.
+// interface takes at most the time-outs of usb_requests.h. Result: the number of printers; 0 when
+// the devices cannot be listed.
 int USBPrinterBrowse(std::vector<USBPrinterInfo>& printers);
 
 }  // namespace tintoral

@@ -13,8 +13,10 @@
 // are none, -1 when the printer cannot be opened, written to or read from (the status text is then
 // left alone).
 //
-// What an exchange takes at the most: D4 as stated in d4.h; remote mode 2 s for the write, 2 s of
-// patience and 6 reads of 1.1 s; Canon 2 s and 3 reads of 1.1 s.
+// What an exchange takes at the most: D4 as stated in d4.h; remote mode 12.8 s (two writes of 2 s,
+// a drain, 2 s of patience, 6 reads of 1.1 s); Canon 7.5 s (two writes of 2 s, 3 reads of 1.1 s).
+// Opening comes before it, for each command type that is tried: up to 64 s for each interface of
+// such a printer (usb_requests.h), and 1 s more for one that is busy.
 #pragma once
 
 #include <string_view>
