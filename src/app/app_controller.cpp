@@ -60,8 +60,7 @@ QImage pictureFrom(const std::string& path) {
     constexpr std::size_t kLargest = 16 << 20;
     std::error_code error;
     const std::string bytes = readFileStart(path, kLargest, error);
-    return QImage::fromData(reinterpret_cast<const uchar*>(bytes.data()),
-                            static_cast<int>(bytes.size()));
+    return QImage::fromData(QByteArrayView(bytes));
 }
 
 }  // namespace

@@ -148,6 +148,11 @@ TEST(ServiceTable, AServiceThatComesBackIsTheSameRecord) {
     EXPECT_EQ(record->text("Active"), "YES");
     EXPECT_EQ(table.records().size(), 2U);
     EXPECT_EQ(table.resolved(serviceAt("R", "_ipp._tcp.", {})), nullptr);
+    table.resolved(serviceAt("Q", "_ipp._tcp.", {}));
+    record->set(keys::serverType, server_types::macCups14);  // it told levels over IPP
+    table.resolved(serviceAt("Q", "_ipp._tcp.", {}));
+    EXPECT_EQ(record->text(keys::serverType), server_types::macCups14);
+    EXPECT_EQ(record->text(keys::printerId), "Network:Q");
 }
 
 TEST(ServiceTable, ABaseStationClaimsTheOtherServicesAtItsAddress) {
