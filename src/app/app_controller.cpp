@@ -417,7 +417,7 @@ void AppController::diagnoseMenuSelected() {
 
 QImage AppController::dockBackground() const {
     if (useModelIcon_ && printerDict_) {
-        const QImage icon =
+        QImage icon =
             pictureFrom(modelIconPath(iconPathTable_, printerDict_->text(keys::makerAndModelName)));
         if (!icon.isNull()) return icon;
     }
