@@ -102,9 +102,10 @@ TEST(IppRequest, OtherOperationsBeginAlike) {
     };
     const std::string subscription = attribute(0x21, "notify-subscription-id", "\0\0\0\7"s);
     // Both with the id of Cancel-Subscription, as meant.
-    for (const auto build : {mkCancelSubscriptionRequest, mkRenewSubscriptionRequest})
+    for (const auto build : {mkCancelSubscriptionRequest, mkRenewSubscriptionRequest}) {
         EXPECT_EQ(built([&](MutableBytes out) { return build(head, 7, out); }),
                   request(27, subscription));
+    }
     const std::string notifying = "\6" + attribute(0x45, "notify-recipient-uri", "rss://h") +
                                   attribute(0x30, "notify-user-data", "Tintoral") +
                                   attribute(0x44, "notify-events", "job-state-changed") +
