@@ -88,7 +88,7 @@ TEST(LevelView, ShadesAStripButNotAnRgbGrey) {
 
 TEST(LevelView, FillsABarByItsLevel) {
     const std::pair<Value, int> cases[]{
-        {0, 1},  {1, 1},  {3, 3},    {50, 62},  {99, 123},        {100, 125},    {127, 125},
+        {0, 1},  {1, 1},  {3, 3},    {50, 62},    {99, 123},        {100, 125},    {127, 125},
         {-3, 1}, {-4, 0}, {-128, 0}, {"80", 100}, {INT64_MAX, 125}, {INT64_MIN, 0}};
     for (const auto& [level, filled] : cases) {
         const Shown shown(reading({{"Red", level}}));
