@@ -93,6 +93,7 @@ TEST(ServiceRecord, TheTypeSaysHowThePrinterIsReached) {
          631,
          "ipp:10.77.0.11",
          "Mac:Q"},
+        {"", "_ipp._tcp.", {"pdl=application/vnd.cups-raster"}, 631, "ipp:10.77.0.11", "Network:"},
         {"Q", "_riousbprint._tcp.", {}, 10000, "riousb:10.77.0.11", "AirPort:Q"},
         {"Q@", "_pdl-datastream._tcp.", {}, 9101, "port9101:10.77.0.11", "Network:Q@"},
         {"Q", "_pdl-datastream._tcp.", {"usb_VSTATUS="}, 9100, "port9100:10.77.0.11", "AirPort:Q"},
@@ -167,6 +168,8 @@ TEST(ServiceTable, ABaseStationClaimsTheOtherServicesAtItsAddress) {
     const auto elsewhere = announce("elsewhere", "_pdl-datastream._tcp.", "10.77.0.12");
     EXPECT_EQ(early->text("printerId"), "Network:early");
     EXPECT_FALSE(table.lookForAirPort("10.77.0.11"));
+    table.found({"base", "_riousbprint._tcp."});
+    EXPECT_FALSE(table.lookForAirPort("")) << "not resolved yet";
     announce("base", "_riousbprint._tcp.", "10.77.0.11");
     EXPECT_EQ(early->text("printerId"), "AirPort:early");
     EXPECT_EQ(early->text("kind"), "port9100:10.77.0.11");

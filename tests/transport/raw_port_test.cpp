@@ -216,6 +216,8 @@ TEST(RawPort, OtherMakersAreAskedOverThePrinterMib) {
     record.set(keys::colors, std::vector<std::string>{"Own"});
     EXPECT_EQ(Query(record).result, 2);
     EXPECT_EQ(record.texts(keys::colors), std::vector<std::string>{"Own"});
+    record.set(keys::port, 0);  // which SNMP does not use
+    EXPECT_EQ(Query(record).result, 2);
 
     printer.supplies.back().description.clear();
     agent.change(printer);
